@@ -1,0 +1,37 @@
+# One static library per subsystem folder, built from the folder's own sources.
+# Its ui/ subfolder, when present and widgets are on, becomes a second library <name>_ui.
+function(veltrick_library name)
+  cmake_parse_arguments(ARG "" "" "LINK;UI_LINK" ${ARGN})
+  file(GLOB srcs CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  if(srcs)
+    add_library(${name} STATIC ${srcs})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${name} PUBLIC Qt6::Core ${ARG_LINK})
+  else()
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${name} INTERFACE Qt6::Core ${ARG_LINK})
+  endif()
+  if(VELTRICK_WIDGETS AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/ui)
+    file(GLOB uisrcs CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/ui/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/ui/*.h)
+    if(uisrcs)
+      add_library(${name}_ui STATIC ${uisrcs})
+      target_link_libraries(${name}_ui PUBLIC ${name} Qt6::Widgets ${ARG_UI_LINK})
+    endif()
+  endif()
+endfunction()
+
+# Every tests/<dir>/test_*.cpp is one test program, registered with ctest.
+function(veltrick_tests dir)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  file(GLOB srcs CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/test_*.cpp)
+  foreach(src ${srcs})
+    get_filename_component(name ${src} NAME_WE)
+    add_executable(${name} ${src})
+    target_link_libraries(${name} PRIVATE veltrick_test_support ${ARG_LINK} Qt6::Test)
+    add_test(NAME ${dir}/${name} COMMAND ${name})
+    set_tests_properties(${dir}/${name} PROPERTIES
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;VELTRICK_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
+      TIMEOUT 300)
+  endforeach()
+endfunction()

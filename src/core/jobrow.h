@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+namespace core
+{
+
+// Cell numbers of a job row: the vocabulary shared by the lists, the file, the totals and the web page.
+enum Cell : int
+{
+    CellDate = 0,
+    CellJob = 1,
+    CellProject = 2,
+    CellHours = 3,
+    CellMinutes = 4,
+    CellOperation = 5,
+    CellClient = 6,
+    CellSortKey = 8,
+    CellLink = 9,
+};
+
+// Cell tags in use: each is named after the cell it hangs on.
+enum Tag : int
+{
+    TagNote = 0,   // on cell 0: the job's note
+    TagBudget = 3, // on cell 3: "over" once the job is past its budget
+    TagRun = 4,    // on cell 4: "**" never started, "" stopped, "*" running
+    TagUser = 5,   // on cell 5: the user name
+};
+
+inline constexpr int kColumnCount = 12;
+inline const QString kRunNever = QStringLiteral("**");
+inline const QString kRunStopped = QString();
+inline const QString kRunRunning = QStringLiteral("*");
+inline const QString kBudgetOver = QStringLiteral("over");
+
+// One row of a timesheet: twelve text cells and the four tags that are used.
+struct JobRow
+{
+    std::array<QString, kColumnCount> cells;
+    QString note, budget, run, user;
+
+    const QString& cell(int column) const { return cells[static_cast<size_t>(column)]; }
+    void setCell(int column, const QString& text) { cells[static_cast<size_t>(column)] = text; }
+
+    const QString& tag(int column) const;
+    void setTag(int column, const QString& text);
+
+    // The row's total time in minutes: hours times 60 plus minutes, unreadable cells counting 0.
+    int minutes() const;
+    void setMinutes(int total);
+
+    bool operator==(const JobRow&) const = default;
+};
+
+} // namespace core

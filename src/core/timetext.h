@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+
+#include <optional>
+
+namespace core
+{
+
+// Decimal value of the leading number of a text; a text that starts with no number is 0.
+int Val(QStringView text);
+
+// At least two digits: 7 -> "07", 125 -> "125".
+QString fmt00(int value);
+
+// Minutes as "HH:MM" (hours unlimited), and the spaced "HH : MM" of the small total windows.
+QString hhmm(int minutes);
+QString hhmmSpaced(int minutes);
+
+// The short date of the locale in force, as rows store it.
+QString shortDate(const QDate& date);
+
+// Reads back a short date. A two-digit year goes to the century that puts it nearest to `today`.
+std::optional<QDate> parseShortDate(const QString& text, const QDate& today);
+
+// Seconds from 1904-01-01 00:00 local time to the start of the date: the date sort key.
+qint64 totalSeconds(const QDate& date);
+
+} // namespace core

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QList>
+#include <QPoint>
+#include <QRect>
+#include <QString>
+
+namespace platform
+{
+
+// The small services of the desktop that the logic asks for: beep, keys, pointer, screens, browser.
+class Desktop
+{
+public:
+    virtual ~Desktop() = default;
+    virtual void beep() = 0;
+    virtual bool ctrlDown() const = 0;
+    virtual bool altDown() const = 0;
+    virtual QPoint mousePosition() const = 0;
+    // Available geometry of each screen, the main screen first.
+    virtual QList<QRect> screens() const = 0;
+    virtual bool openUrl(const QString& url) = 0;
+    // Lets the interface repaint and timers fire in the middle of a long walk.
+    virtual void processEvents() = 0;
+};
+
+} // namespace platform

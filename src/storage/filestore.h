@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/result.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace storage
+{
+
+// Where the program's files go. Writes are atomic and durable: a failed write leaves the old file whole.
+class FileStore
+{
+public:
+    virtual ~FileStore() = default;
+    virtual platform::Result write(const QString& path, const QByteArray& bytes) = 0;
+    // A file that does not exist or cannot be read gives a failure with the reason.
+    virtual platform::Result read(const QString& path, QByteArray& bytes) const = 0;
+    virtual bool exists(const QString& path) const = 0;
+};
+
+// The real disk: temporary file in the same folder, fsync, rename over the target, fsync of the folder.
+class DiskFileStore : public FileStore
+{
+public:
+    platform::Result write(const QString& path, const QByteArray& bytes) override;
+    platform::Result read(const QString& path, QByteArray& bytes) const override;
+    bool exists(const QString& path) const override;
+};
+
+// The settings folder ($XDG_CONFIG_HOME/Veltrick) and a file in it; the folder is made on first write.
+QString prefFolder();
+QString prefFile(const QString& name);
+
+} // namespace storage

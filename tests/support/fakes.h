@@ -1,0 +1,117 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+#include "platform/timer.h"
+
+#include <QStringList>
+
+#include <deque>
+#include <functional>
+#include <vector>
+
+namespace testing
+{
+
+// A clock that stands still until the test moves it.
+class FakeClock : public platform::Clock
+{
+public:
+    QDateTime now() const override { return m_now; }
+    void set(const QDateTime& now) { m_now = now; }
+    void set(int y, int mo, int d, int h, int mi, int s = 0) { m_now = QDateTime(QDate(y, mo, d), QTime(h, mi, s)); }
+    void advanceMinutes(int minutes) { m_now = m_now.addSecs(60LL * minutes); }
+
+private:
+    QDateTime m_now{QDate(2026, 11, 22), QTime(9, 0)};
+};
+
+class FakeTimer : public platform::Timer
+{
+public:
+    explicit FakeTimer(int period) : m_period(period) {}
+    void setMode(Mode mode) override { m_mode = mode; }
+    Mode mode() const override { return m_mode; }
+    int period() const override { return m_period; }
+
+    // Fires as the event loop would: a one-shot timer turns itself off first.
+    void fire()
+    {
+        if (m_mode == Off)
+            return;
+        if (m_mode == Single)
+            m_mode = Off;
+        if (action)
+            action();
+    }
+
+private:
+    int m_period;
+    Mode m_mode = Off;
+};
+
+// Hands out fake timers and keeps them, in creation order, for the test to fire.
+class FakeTimers : public platform::TimerFactory
+{
+public:
+    std::unique_ptr<platform::Timer> create(int periodMs) override;
+    std::vector<FakeTimer*> made;
+};
+
+// Scripted answers, in order. A question, modal window or file chooser that the script did not expect
+// is recorded as an error; the test's cleanup checks that there were none.
+class ScriptedDialogs : public platform::Dialogs
+{
+public:
+    void message(const QString& text) override { messages << text; }
+    platform::Answer ask(const platform::Question& question) override;
+    void showModal(platform::ModalForm& form) override;
+    QString saveFile(const QString&, const QString&, const QString&, const QString&, const QString&) override;
+    QString openFile(const QString&, const QString&, const QString&) override;
+
+    void expectAnswer(platform::Answer answer) { m_answers.push_back(answer); }
+    // The handler plays the user in the named window: it ticks boxes and sets ButtonPressed.
+    void expectModal(const QString& formName, std::function<void(platform::ModalForm&)> handler)
+    {
+        m_modals.push_back({formName, std::move(handler)});
+    }
+    void expectFile(const QString& path) { m_files.push_back(path); }
+    bool scriptDone() const { return m_answers.empty() && m_modals.empty() && m_files.empty(); }
+
+    QStringList messages;
+    QList<platform::Question> questions;
+    QStringList modalsShown;
+    QStringList errors;
+
+private:
+    std::deque<platform::Answer> m_answers;
+    std::deque<std::pair<QString, std::function<void(platform::ModalForm&)>>> m_modals;
+    std::deque<QString> m_files;
+};
+
+class FakeDesktop : public platform::Desktop
+{
+public:
+    void beep() override { ++beeps; }
+    bool ctrlDown() const override { return ctrl; }
+    bool altDown() const override { return alt; }
+    QPoint mousePosition() const override { return mouse; }
+    QList<QRect> screens() const override { return screenList; }
+    bool openUrl(const QString& url) override
+    {
+        urls << url;
+        return true;
+    }
+    void processEvents() override { ++yields; }
+
+    int beeps = 0;
+    int yields = 0;
+    bool ctrl = false;
+    bool alt = false;
+    QPoint mouse;
+    QList<QRect> screenList{QRect(0, 0, 1920, 1080)};
+    QStringList urls;
+};
+
+} // namespace testing

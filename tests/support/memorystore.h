@@ -1,0 +1,36 @@
+#pragma once
+
+#include "storage/filestore.h"
+
+#include <QHash>
+
+namespace testing
+{
+
+// Files in memory; writes fail on demand, the way a full disk or a read-only folder would.
+class MemoryFileStore : public storage::FileStore
+{
+public:
+    platform::Result write(const QString& path, const QByteArray& bytes) override
+    {
+        ++writes;
+        if (failWrites)
+            return platform::Result::failure(28, QStringLiteral("No space left on device"));
+        files[path] = bytes;
+        return platform::Result::success();
+    }
+    platform::Result read(const QString& path, QByteArray& bytes) const override
+    {
+        if (!files.contains(path))
+            return platform::Result::failure(2, QStringLiteral("No such file"));
+        bytes = files.value(path);
+        return platform::Result::success();
+    }
+    bool exists(const QString& path) const override { return files.contains(path); }
+
+    QHash<QString, QByteArray> files;
+    bool failWrites = false;
+    int writes = 0;
+};
+
+} // namespace testing
