@@ -1,0 +1,132 @@
+#include "core/app.h"
+
+#include "core/texts.h"
+
+namespace core
+{
+
+App::App(Mainwndo::Services services, AppHooks& hooks) : m_s(services), m_hooks(hooks) {}
+
+App::~App() = default;
+
+void App::Event_Open()
+{
+    m_hooks.locateStyleSheet();
+    prefs = AppPrefs(); // the defaults of a first start
+    m_hooks.readPrefs(prefs);
+    const QPoint mouse = m_s.desktop.mousePosition();
+    prefs.positionx = mouse.x();
+    prefs.positiony = mouse.y();
+    prefs.checktime = 1;
+    if (prefs.nteon)
+        m_hooks.shwntsCaption(Tr::VMHideNotes);
+
+    if (!prefs.lastdoc.isEmpty() && prefs.autopen) {
+        thisdoc = prefs.lastdoc;
+        if (m_hooks.fileExists(thisdoc)) {
+            m_hooks.sesame();
+        } else {
+            thisdoc.clear();
+            m_s.desktop.beep();
+            m_s.dialogs.message(QStringLiteral("Veltrick - Error [-2]\n\n") + kAppWarning + QLatin1Char('\n') +
+                                kAppLastPath + prefs.lastdoc);
+        }
+    }
+    if (!m_hooks.operationsFileExists()) {
+        m_s.desktop.beep();
+        m_hooks.firstRun();
+    }
+}
+
+Mainwndo& App::mainwndo()
+{
+    if (!m_main) {
+        m_main = std::make_unique<Mainwndo>(prefs, m_s);
+        emit mainwndoCreated(m_main.get());
+        mainwndoEventOpen(*m_main);
+    }
+    return *m_main;
+}
+
+void App::mainwndoEventOpen(Mainwndo& window)
+{
+    window.myfilename = Mainwndo::kUntitled;
+    window.running = false;
+    window.notebox.visible = prefs.nteon;
+    RestoreWindowSize(window, prefs.winleft, prefs.wintop, prefs.winwidth, prefs.winheight);
+    window.clientlist2Width = prefs.cls;
+    mywindowcount = 1;
+    emit window.focusRequested(1);
+    m_hooks.mainwndoOpened(window);
+    window.rowcheck();
+}
+
+void App::RestoreWindowSize(Mainwndo& window, int left, int top, int width, int height)
+{
+    const QList<QRect> screens = m_s.desktop.screens();
+    for (int i = 0; i < screens.size(); ++i) {
+        const QRect& s = screens[i];
+        // Both bounds are inclusive: a window exactly on the right or bottom edge is on that screen.
+        if (s.left() <= left && s.left() + s.width() >= left && s.top() <= top && s.top() + s.height() >= top) {
+            window.geometry = QRect(left, top, width, height);
+            windScreen = i;
+            emit window.controlsChanged();
+            return;
+        }
+    }
+    window.geometry = QRect(); // the toolkit places it on the main screen at its first size
+    m_s.dialogs.message(kScreenMissing + QStringLiteral("\n\n") + kWindowMoved);
+}
+
+bool App::closeMainwndo()
+{
+    if (!m_main)
+        return true;
+    if (m_main->Event_CancelClose())
+        return false;
+    m_main->Event_Close();
+    thisdoc.clear();
+    mywindowcount = 0;
+    // The view may still be inside one of the window's handlers: let it go once the event loop is back.
+    m_main.release()->deleteLater();
+    emit mainwndoClosed();
+    return true;
+}
+
+bool App::_FileQuit_Action()
+{
+    m_hooks.quitting();
+    m_hooks.saveprefs(prefs);
+    if (!closeMainwndo())
+        return false;
+    Event_Close();
+    return true;
+}
+
+void App::Event_Close()
+{
+    m_hooks.saveprefs(prefs);
+    m_hooks.exit();
+}
+
+void App::Event_OpenDocument(const QString& path)
+{
+    thisdoc = path;
+    if (m_main) {
+        if (m_main->boxchange)
+            m_main->autosave();
+        if (m_main->running)
+            m_main->Allstop();
+    }
+    m_hooks.sesame();
+}
+
+void App::Event_UnhandledException(int code, const QString& what)
+{
+    Q_UNUSED(what);
+    m_s.desktop.beep();
+    m_s.dialogs.message(QStringLiteral("Veltrick - Error [") + QString::number(code) + QStringLiteral("]\n\n") +
+                        kAppUnhandledExecption + kSupportAddress);
+}
+
+} // namespace core

@@ -1,0 +1,536 @@
+#include "core/mainwndo.h"
+
+#include "core/measure.h"
+#include "core/timetext.h"
+#include "platform/yieldgate.h"
+
+#include <QFileInfo>
+
+namespace core
+{
+
+namespace
+{
+bool sameText(const QString& a, const QString& b)
+{
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
+} // namespace
+
+Mainwndo::Mainwndo(AppPrefs& prefs, Services services)
+    : m_prefs(prefs), m_s(services), m_timer2(m_s.timers.create(1000)), m_timer3(m_s.timers.create(60000)),
+      m_timer4(m_s.timers.create(60000))
+{
+    m_timer2->action = [this] { Timer2_Action(); };
+    m_timer3->action = [this] { livecount(); };
+    m_timer4->action = [this] { m_s.hooks.inactivityCheck(); };
+    clientlist2Width = prefs.cls;
+    Uptotal2(1);
+}
+
+Mainwndo::~Mainwndo() = default;
+
+// ---- timing engine ----
+
+void Mainwndo::startTimers(platform::Timer::Mode mode)
+{
+    m_timer3->setMode(mode);
+    m_timer4->setMode(mode);
+}
+
+void Mainwndo::setRunButtons(bool enabled)
+{
+    runButton.enabled = enabled;
+    emit controlsChanged();
+}
+
+void Mainwndo::notifyRow()
+{
+    if (ListBox1.hasSelection())
+        emit rowChanged(ListBox1.ListIndex);
+}
+
+void Mainwndo::gostart()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QDateTime now = m_s.clock.now();
+    if (xpath.isEmpty())
+        autosave();
+    const ClockMinute start = clockMinute(now);
+    ListBox1.starthrs = start.hrs;
+    ListBox1.startmin = start.min;
+    JobRow& row = ListBox1.selected();
+    row.run = kRunRunning;
+    row.setCell(CellDate, shortDate(now.date())); // a first start moves the row to today
+    notifyRow();
+    setstop();
+    autosave();
+    running = true;
+    startTimers(platform::Timer::Multiple);
+    m_s.hooks.statusUpDateDark();
+    m_s.hooks.menuControl();
+}
+
+void Mainwndo::allcont()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QDateTime now = m_s.clock.now();
+    if (sameText(ListBox1.selected().cell(CellDate), shortDate(now.date()))) {
+        const ClockMinute start = clockMinute(now);
+        ListBox1.starthrs = start.hrs;
+        ListBox1.startmin = start.min;
+        ListBox1.selected().run = kRunRunning;
+        notifyRow();
+        autosave();
+        running = true;
+        setstop();
+        startTimers(platform::Timer::Multiple);
+        m_s.hooks.statusUpDateDark();
+    } else {
+        // Time cannot go on a row of another day.
+        datechecker();
+        if (dateschanged) {
+            // The new row was made and started without a question; bring the window into line.
+            dateschanged = false;
+            autosave();
+            running = true;
+            setstop();
+            startTimers(platform::Timer::Multiple);
+            m_s.hooks.statusUpDateDark();
+        }
+    }
+    // A cancelled rollover leaves nothing running, and then the client list need not wait for a stop.
+    clientlist2.enabled = !running;
+    emit controlsChanged();
+    m_s.hooks.menuControl();
+}
+
+void Mainwndo::Allstop()
+{
+    startTimers(platform::Timer::Off);
+    if (ListBox1.hasSelection()) {
+        const ClockMinute stop = measure(ListBox1.selected(), ListBox1.starthrs, ListBox1.startmin, m_s.clock.now());
+        stophrs = stop.hrs;
+        stopmin = stop.min;
+        notifyRow();
+    }
+    autosave();
+    setcont();
+    boxchange = false;
+    running = false;
+    if (!ListBox2Ctl.visible) {
+        ListBox1Ctl.enabled = true;
+        ListBox1ScrollBar = true;
+        emit focusRequested(1);
+    } else {
+        ListBox2Ctl.enabled = true;
+        emit focusRequested(2);
+    }
+    clientlist2.enabled = true;
+    emit controlsChanged();
+    m_s.hooks.budgetcheck();
+    m_s.hooks.statusUpDateDark();
+    m_s.hooks.menuControl();
+}
+
+void Mainwndo::livecount()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QDateTime now = m_s.clock.now();
+    const ClockMinute tick = measure(ListBox1.selected(), ListBox1.starthrs, ListBox1.startmin, now);
+    stophrs = tick.hrs;
+    stopmin = tick.min;
+    // The next count starts at this tick on both paths, so the stop inside the rollover below finds
+    // nothing more to add to the old row.
+    ListBox1.starthrs = tick.hrs;
+    ListBox1.startmin = tick.min;
+    notifyRow();
+    if (!sameText(ListBox1.selected().cell(CellDate), shortDate(now.date()))) {
+        datechecker();
+    } else {
+        ListBox1.selected().run = kRunRunning;
+        running = true;
+        boxchange = true;
+    }
+    autosave();
+}
+
+void Mainwndo::setstop()
+{
+    runButton.caption = Tr::MWStartButtonStop;
+    indecator = kIndecatorRunning;
+    njButton2.enabled = false;
+    ListBox1Ctl.enabled = false;
+    ListBox2Ctl.enabled = false;
+    clientlist2.enabled = false;
+    statusStart.enabled = false;
+    addClient2.enabled = false;
+    emit controlsChanged();
+}
+
+void Mainwndo::setcont()
+{
+    runButton.caption = Tr::MWStartButtonSt;
+    indecator = kIndecatorStopped;
+    njButton2.enabled = true;
+    statusStart.enabled = true;
+    addClient2.enabled = true;
+    emit controlsChanged();
+}
+
+void Mainwndo::runButton_Action()
+{
+    if (runButton.caption == Tr::MWStartButtonFs)
+        gostart();
+    else if (runButton.caption == Tr::MWStartButtonStop)
+        Allstop();
+    else
+        allcont();
+    m_s.hooks.menuControl();
+    rowcheck();
+}
+
+bool Mainwndo::Event_KeyDown(QChar key)
+{
+    if (key != QLatin1Char(' ') || ListBox1.ListIndex < 0)
+        return false;
+    if (runButton.caption == Tr::MWStartButtonFs)
+        gostart();
+    else if (runButton.caption == Tr::MWStartButtonStop)
+        Allstop();
+    else
+        allcont();
+    return true;
+}
+
+void Mainwndo::_statusStart_Action()
+{
+    if (runButton.caption == Tr::MWStartButtonFs)
+        gostart();
+    else
+        allcont();
+    m_s.hooks.menuControl();
+    rowcheck();
+}
+
+void Mainwndo::_statusStop_Action()
+{
+    if (runButton.caption == Tr::MWStartButtonStop)
+        Allstop();
+    m_s.hooks.menuControl();
+    rowcheck();
+}
+
+// ---- selection, row checks and the day rollover ----
+
+void Mainwndo::setListIndex(int index)
+{
+    if (index < -1 || index >= ListBox1.ListCount())
+        index = -1;
+    ListBox1.ListIndex = index;
+    emit selectionChanged();
+    ListBox1_Change();
+}
+
+void Mainwndo::ListBox1_Change()
+{
+    budgetNotice = ListBox1.hasSelection() &&
+                   trackListindex.contains(ListBox1.selected().cell(CellJob), Qt::CaseInsensitive);
+    rowcheck();
+    m_s.hooks.budgetcheck();
+}
+
+void Mainwndo::rowcheck()
+{
+    if (!ListBox1.hasSelection()) {
+        notebox.caption.clear();
+        runButton.enabled = false;
+    } else {
+        const JobRow& row = ListBox1.selected();
+        notebox.caption = row.note;
+        if (row.run == kRunRunning) {
+            setstop();
+            running = true;
+        } else if (row.run == kRunNever) {
+            runButton.caption = Tr::MWStartButtonFs;
+        } else {
+            runButton.caption = Tr::MWStartButtonSt;
+        }
+        runButton.enabled = true;
+    }
+    emit controlsChanged();
+    m_s.hooks.menuControl();
+}
+
+void Mainwndo::datechecker()
+{
+    dateschanged = true;
+    setRunButtons(false);
+    if (m_prefs.warningsign) {
+        if (running)
+            Allstop(); // stop first, so that no tick arrives while the question is open
+        Dupitwndo dialog(m_prefs);
+        ListBox1Ctl.enabled = false;
+        ListBox1ScrollBar = false;
+        njButton2.enabled = false;
+        emit controlsChanged();
+        m_s.desktop.beep();
+        m_s.dialogs.showModal(dialog);
+        if (dialog.ButtonPressed == Tr::MWButtonOK) {
+            dupejob();
+            dateschanged = false;
+            setRunButtons(true);
+            allcont();
+        } else {
+            // Cancel, or the window closed some other way: the job stays stopped on its old row.
+            ListBox1Ctl.enabled = !ListBox2Ctl.visible;
+            ListBox1ScrollBar = true;
+            njButton2.enabled = true;
+            setRunButtons(ListBox1.hasSelection());
+            dateschanged = false;
+        }
+    } else {
+        dupejob();
+        setRunButtons(true);
+        allcont();
+    }
+}
+
+void Mainwndo::dupejob()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QDateTime now = m_s.clock.now();
+    const JobRow& old = ListBox1.selected();
+    JobRow copy;
+    copy.setCell(CellDate, shortDate(now.date()));
+    for (int c : {CellJob, CellProject, CellOperation, CellClient})
+        copy.setCell(c, old.cell(c));
+    copy.setCell(CellHours, QStringLiteral("00"));
+    copy.setCell(CellMinutes, QStringLiteral("00"));
+    copy.user = old.user;
+    copy.run = kRunRunning; // the note stays behind: it belongs to the old day
+    const ClockMinute start = clockMinute(now);
+    ListBox1.starthrs = start.hrs;
+    ListBox1.startmin = start.min;
+    ListBox1.InsertRow(0, std::move(copy));
+    emit rowsReset();
+    setListIndex(0);
+    if (ListBox2Ctl.visible)
+        m_s.hooks.populatelistbox2();
+}
+
+// ---- totals ----
+
+int Mainwndo::listMinutes(const Timesheet& list)
+{
+    platform::YieldGate gate(m_s.desktop);
+    int total = 0;
+    for (const JobRow& row : list.rows) {
+        total += row.minutes();
+        gate.step();
+    }
+    return total;
+}
+
+void Mainwndo::Uptotal()
+{
+    Uptotal2(1);
+}
+
+void Mainwndo::Uptotal2(int list)
+{
+    const Timesheet& sheet = list == 1 ? ListBox1 : ListBox2;
+    const int total = listMinutes(sheet);
+    totaltimetoday(list == 1 ? 1 : 2);
+    runtotal = Tr::MWListTotals + hhmm(total) + Tr::MWListToday + daytimetotal + Tr::MWListTotalsEntries +
+               fmt00(sheet.ListCount());
+    emit controlsChanged();
+}
+
+void Mainwndo::totaltimetoday(int list)
+{
+    if (list != 1 && list != 2) {
+        daytimetotal = QStringLiteral("00:00");
+        return;
+    }
+    const Timesheet& sheet = list == 1 ? ListBox1 : ListBox2;
+    if (!sheet.hasSelection()) {
+        daytimetotal = QStringLiteral("00:00");
+        return;
+    }
+    const QString today = shortDate(m_s.clock.now().date());
+    platform::YieldGate gate(m_s.desktop);
+    int total = 0;
+    for (const JobRow& row : sheet.rows) {
+        if (sameText(row.cell(CellDate), today))
+            total += row.minutes();
+        gate.step();
+    }
+    daytimetotal = hhmm(total);
+}
+
+void Mainwndo::totalJobTime()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QString job = ListBox1.selected().cell(CellJob);
+    int total = 0;
+    for (const JobRow& row : ListBox1.rows)
+        if (sameText(row.cell(CellJob), job))
+            total += row.minutes();
+    jobtotal = hhmm(total);
+}
+
+void Mainwndo::totalSelectedDay()
+{
+    if (!ListBox1.hasSelection())
+        return;
+    const QString date = ListBox1.selected().cell(CellDate);
+    int total = 0;
+    for (const JobRow& row : ListBox1.rows)
+        if (sameText(row.cell(CellDate), date))
+            total += row.minutes();
+    selecteddaytotal = hhmm(total);
+}
+
+// ---- document ----
+
+void Mainwndo::autosave()
+{
+    // The walks below yield to the event loop, where a tick could ask for another save: that one
+    // runs once this one ends, never inside it.
+    if (m_saving) {
+        m_saveAgain = true;
+        return;
+    }
+    m_saving = true;
+    do {
+        m_saveAgain = false;
+        const bool buttonsWere = runButton.enabled;
+        setRunButtons(false);
+        dataprogress = true;
+        datastream = kDSWrite;
+        if (!xpath.isEmpty()) {
+            const platform::Result written = m_s.hooks.writeTimesheet(xpath, ListBox1);
+            if (!written.ok()) {
+                // The rows stay in memory and the document stays dirty; the next save tries again.
+                m_s.desktop.beep();
+                m_s.dialogs.message(Tr::MWErrorWriteFail);
+                datastream = Tr::MWDSWriteError;
+                m_timer2->setMode(platform::Timer::Single);
+                setRunButtons(buttonsWere);
+                continue;
+            }
+        }
+        m_timer2->setMode(platform::Timer::Single);
+        if (toplist && ListBox1.hasSelection() && ListBox2.hasSelection()) {
+            for (int c : {CellHours, CellMinutes})
+                ListBox2.selected().setCell(c, ListBox1.selected().cell(c));
+        }
+        if (ListBox2Ctl.visible) {
+            Uptotal2(2);
+            m_s.hooks.budgetcheck2();
+        } else {
+            Uptotal2(1);
+            m_s.hooks.budgetcheck();
+        }
+        if (!xpath.isEmpty())
+            m_prefs.lastdoc = xpath;
+        Windowfilename();
+        boxchange = false;
+        setRunButtons(buttonsWere);
+    } while (m_saveAgain);
+    m_saving = false;
+}
+
+void Mainwndo::Windowfilename()
+{
+    myfilename = xpath.isEmpty() ? kUntitled : QFileInfo(xpath).fileName();
+    title = xpath.isEmpty() ? kAppTitle : myfilename;
+    emit controlsChanged();
+}
+
+void Mainwndo::deleteall()
+{
+    ListBox1.DeleteAllRows();
+    ListBox1.starthrs.clear();
+    ListBox1.startmin.clear();
+    ListBox2.DeleteAllRows();
+    xpath.clear();
+    title = kAppTitle;
+    emit rowsReset();
+    emit selectionChanged();
+    Uptotal();
+    rowcheck();
+}
+
+void Mainwndo::markChanged()
+{
+    boxchange = true;
+    m_s.hooks.menuControl();
+}
+
+// ---- window events ----
+
+bool Mainwndo::Event_CancelClose()
+{
+    if (!boxchange)
+        return false;
+    m_s.desktop.beep();
+    platform::Question question;
+    question.message = kSCQuestionTxt1 + QLatin1Char('"') + myfilename + QLatin1Char('"') + kSCQuestionTxt2;
+    question.explanation = kSCWarningTxt;
+    question.action = Tr::SaveMenuText;
+    question.alternate = Tr::MWButtonDontSave;
+    switch (m_s.dialogs.ask(question)) {
+    case platform::Answer::Action:
+        autosave();
+        return false;
+    case platform::Answer::Alternate:
+        return false;
+    case platform::Answer::Cancel:
+        return true;
+    }
+    return true;
+}
+
+void Mainwndo::Event_Close()
+{
+    if (running && m_prefs.killQuit) {
+        Allstop();
+        autosave();
+    }
+    if (geometry.isValid()) {
+        m_prefs.wintop = geometry.top();
+        m_prefs.winleft = geometry.left();
+        m_prefs.winheight = geometry.height();
+        m_prefs.winwidth = geometry.width();
+    }
+    m_prefs.cls = clientlist2Width;
+    m_timer2->setMode(platform::Timer::Off);
+    startTimers(platform::Timer::Off);
+    deleteall();
+    m_s.hooks.windowClosing();
+}
+
+void Mainwndo::Timer2_Action()
+{
+    m_timer2->setMode(platform::Timer::Off);
+    datastream.clear();
+    dataprogress = false;
+    emit controlsChanged();
+}
+
+void Mainwndo::showStatus(const QString& text)
+{
+    datastream = text;
+    dataprogress = true;
+    m_timer2->setMode(platform::Timer::Single);
+    emit controlsChanged();
+}
+
+} // namespace core

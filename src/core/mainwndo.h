@@ -1,0 +1,212 @@
+#pragma once
+
+#include "core/appprefs.h"
+#include "core/texts.h"
+#include "core/timesheet.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+#include "platform/result.h"
+#include "platform/timer.h"
+
+#include <QObject>
+#include <QRect>
+#include <QStringList>
+
+#include <memory>
+
+namespace core
+{
+
+// What the main window asks of the subsystems above the core. Each call does nothing until the
+// subsystem that answers it is wired in by the composition.
+class MainwndoHooks
+{
+public:
+    virtual ~MainwndoHooks() = default;
+    // Writes the document to its file; the failure comes back for the window to report.
+    virtual platform::Result writeTimesheet(const QString& path, const Timesheet& sheet)
+    {
+        Q_UNUSED(path);
+        Q_UNUSED(sheet);
+        return platform::Result::success();
+    }
+    virtual void budgetcheck() {}
+    virtual void budgetcheck2() {}
+    virtual void populatelistbox2() {}
+    virtual void menuControl() {}
+    virtual void statusUpDateDark() {}
+    virtual void inactivityCheck() {}
+    // The window is going: the preset window, Net Link, the tray item and the status strip go with it.
+    virtual void windowClosing() {}
+};
+
+// The rollover question: a new row dated today, or leave the job stopped on its old row.
+class Dupitwndo : public platform::ModalForm
+{
+public:
+    explicit Dupitwndo(AppPrefs& prefs) : m_prefs(prefs) {}
+    QString formName() const override { return QStringLiteral("dupitwndo"); }
+
+    void dupeit_Action() { ButtonPressed = Tr::MWButtonOK; }
+    void Cancel_Action() { ButtonPressed = Tr::MWButtonCancel; }
+    // The tick takes effect at once, whichever button follows.
+    void dontshow_Action(bool ticked) { m_prefs.warningsign = !ticked; }
+    bool dontshowTicked() const { return !m_prefs.warningsign; }
+
+private:
+    AppPrefs& m_prefs;
+};
+
+// The state of a control of the main window that the logic drives.
+struct Control
+{
+    QString caption;
+    bool enabled = true;
+    bool visible = true;
+
+    bool operator==(const Control&) const = default;
+};
+
+// The main window as logic: the open timesheet, the run state, the timing engine, the totals, the
+// rollover and the close. The Qt view shows its fields and forwards clicks, keys and timer ticks.
+class Mainwndo : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Services
+    {
+        platform::Clock& clock;
+        platform::Desktop& desktop;
+        platform::Dialogs& dialogs;
+        platform::TimerFactory& timers;
+        MainwndoHooks& hooks;
+    };
+
+    static constexpr unsigned kIndecatorRunning = 0x00BE00;
+    static constexpr unsigned kIndecatorStopped = 0xFF0000;
+
+    inline static const QString kSCQuestionTxt1 = QStringLiteral("Do you want to save changes to ");
+    inline static const QString kSCQuestionTxt2 = QStringLiteral(" before closing?");
+    inline static const QString kSCWarningTxt =
+        QStringLiteral("If you don't choose Save, your unsaved changes will be lost.");
+    inline static const QString kDSWrite = QStringLiteral("Writing Data");
+    inline static const QString kUntitled = QStringLiteral("untitled");
+    inline static const QString kAppTitle = QStringLiteral("Veltrick");
+
+    Mainwndo(AppPrefs& prefs, Services services);
+    ~Mainwndo() override;
+
+    // The lists. ListBox1 is the document and the only source of truth; ListBox2 a client's copy.
+    Timesheet ListBox1;
+    Timesheet ListBox2;
+
+    // Document and run state.
+    QString xpath;
+    QString myfilename = kUntitled;
+    bool boxchange = false;
+    bool running = false;
+    QString stophrs, stopmin;
+    bool dateschanged = false;
+    QString ipnumber;
+    bool toplist = false;
+    bool listboxGray = false;
+    int sortdirection = 1;
+    bool contactsAccess = false;
+    QString daytimetotal = QStringLiteral("00:00");
+    QString clientnameselected;
+    bool budgetNotice = false;
+    QStringList trackListindex;
+    int budgetTotalMins = 0;
+    bool minime = false;
+    QString jobtotal = QStringLiteral("00:00");
+    QString selecteddaytotal = QStringLiteral("00:00");
+    QString LB2ClientName;
+    bool noteWinOpen = false;
+
+    // Controls the logic drives. The status strip's run button follows runButton.
+    Control runButton{Tr::MWStartButtonFs, false};
+    unsigned indecator = kIndecatorStopped;
+    Control ListBox1Ctl;
+    bool ListBox1ScrollBar = true;
+    Control ListBox2Ctl{QString(), true, false};
+    Control clientlist2;
+    Control njButton2;
+    Control addClient2;
+    Control statusStart;
+    Control notebox{QString(), true, false};
+    QString runtotal;
+    QString datastream;
+    bool dataprogress = false;
+    QString title = kAppTitle;
+    QRect geometry; // left, top, width, height of the window; the view keeps it current
+    int clientlist2Width = 152;
+
+    platform::Timer& Timer2() { return *m_timer2; }
+    platform::Timer& Timer3() { return *m_timer3; }
+    platform::Timer& Timer4() { return *m_timer4; }
+
+    // Timing engine.
+    void gostart();
+    void allcont();
+    void Allstop();
+    void livecount();
+    void setstop();
+    void setcont();
+    void runButton_Action();
+    bool Event_KeyDown(QChar key);
+    void _statusStart_Action();
+    void _statusStop_Action();
+
+    // Selection and row checks.
+    void setListIndex(int index); // the selection moved: ListBox1_Change follows
+    void ListBox1_Change();
+    void rowcheck();
+    void datechecker();
+    void dupejob();
+
+    // Totals.
+    void Uptotal();
+    void Uptotal2(int list);
+    void totaltimetoday(int list);
+    void totalJobTime();
+    void totalSelectedDay();
+
+    // Document.
+    void autosave();
+    void Windowfilename();
+    void deleteall();
+    void markChanged(); // a row was edited: the document is dirty
+
+    // Window events.
+    bool Event_CancelClose(); // true: the close stops
+    void Event_Close();
+    void Event_Minimize() { minime = true; }
+    void Event_Restore() { minime = false; }
+    void Timer2_Action();
+    void showStatus(const QString& text); // a passing notice in the status line, cleared by Timer2
+
+    Timesheet& shownList() { return ListBox2Ctl.visible ? ListBox2 : ListBox1; }
+
+signals:
+    void controlsChanged();   // captions, enabled states, labels
+    void rowsReset();         // rows inserted, removed or reordered
+    void rowChanged(int row); // cells of one row of ListBox1
+    void selectionChanged();  // ListIndex of ListBox1 moved
+    void focusRequested(int list);
+
+private:
+    void setRunButtons(bool enabled);
+    void startTimers(platform::Timer::Mode mode);
+    void notifyRow();
+    int listMinutes(const Timesheet& list);
+
+    AppPrefs& m_prefs;
+    Services m_s;
+    std::unique_ptr<platform::Timer> m_timer2, m_timer3, m_timer4;
+    bool m_saving = false;
+    bool m_saveAgain = false;
+};
+
+} // namespace core

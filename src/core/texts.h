@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+
+// Texts shared by several windows. Texts that belong to one window live on that window's class.
+namespace Tr
+{
+inline const QString MWStartButtonFs = QStringLiteral("First Start");
+inline const QString MWStartButtonSt = QStringLiteral("Start");
+inline const QString MWStartButtonStop = QStringLiteral("Stop");
+inline const QString MWButtonOK = QStringLiteral("OK");
+inline const QString MWButtonCancel = QStringLiteral("Cancel");
+inline const QString MWButtonDontSave = QStringLiteral("Don't Save");
+inline const QString MWButtonContinue = QStringLiteral("Continue");
+inline const QString MWButtonReset = QStringLiteral("Reset");
+inline const QString MWButtonNew = QStringLiteral("New");
+inline const QString SaveMenuText = QStringLiteral("Save");
+inline const QString CMStart = QStringLiteral("Start Timer");
+inline const QString CMStop = QStringLiteral("Stop Timer");
+inline const QString VMShowNotes = QStringLiteral("Show Notes in Timesheet");
+inline const QString VMHideNotes = QStringLiteral("Hide Notes in Timesheet");
+
+inline const QString MWDate = QStringLiteral("Date");
+inline const QString MWJobNo = QStringLiteral("Job No.");
+inline const QString MWProject = QStringLiteral("Project");
+inline const QString MWHour = QStringLiteral("H\u2009");
+inline const QString MWMin = QStringLiteral("\u2009M");
+inline const QString MWOperation = QStringLiteral("Operation");
+inline const QString MWClient = QStringLiteral("Client");
+
+inline const QString MWListTotals = QStringLiteral("List Totals - Time: ");
+inline const QString MWListToday = QStringLiteral(", Today: ");
+inline const QString MWListTotalsEntries = QStringLiteral(", Entries: ");
+inline const QString EMJobTotal = QStringLiteral("Job Total");
+inline const QString EMDayTotal = QStringLiteral("Day Total");
+
+inline const QString DupeWinTxt =
+    QStringLiteral("You can not add more time to the selected job because it was not created today.\n\n"
+                   "Do you want to create another entry for the selected job, and start timing using today's "
+                   "date?\r    ");
+inline const QString DupeWinDontShow = QStringLiteral("Don't show this dialog again.");
+
+inline const QString MWErrorWriteFail = QStringLiteral("Error - Could not Write Timesheet file!");
+inline const QString MWDSWriteError = QStringLiteral("Error Writing File!");
+} // namespace Tr
