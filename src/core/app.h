@@ -88,3 +88,21 @@ private:
 };
 
 } // namespace core
+
+namespace core
+{
+
+// The welcome note of a first start: the user adds an operation before anything else.
+class Noopps : public platform::ModalForm
+{
+public:
+    inline static const QString FRWinTitle = QStringLiteral("Veltrick - First Run");
+    inline static const QString FRWinHeadText = QStringLiteral("Welcome to Veltrick");
+    inline static const QString FRWinText =
+        QStringLiteral("Before you can start to time your jobs, you must add at least one operation type to the "
+                       "operations list.\n\nOperations are the different types of task you perform in your everyday "
+                       "work.");
+    QString formName() const override { return QStringLiteral("noopps"); }
+};
+
+} // namespace core

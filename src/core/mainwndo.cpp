@@ -2,6 +2,7 @@
 
 #include "core/measure.h"
 #include "core/timetext.h"
+#include "core/totalwindows.h"
 #include "platform/yieldgate.h"
 
 #include <QFileInfo>
@@ -22,13 +23,35 @@ Mainwndo::Mainwndo(AppPrefs& prefs, Services services)
       m_timer4(m_s.timers.create(60000))
 {
     m_timer2->action = [this] { Timer2_Action(); };
-    m_timer3->action = [this] { livecount(); };
-    m_timer4->action = [this] { m_s.hooks.inactivityCheck(); };
+    m_timer3->action = [this] { timerTick(&Mainwndo::livecount); };
+    m_timer4->action = [this] { timerTick(&Mainwndo::Timer4_Action); };
     clientlist2Width = prefs.cls;
     Uptotal2(1);
 }
 
 Mainwndo::~Mainwndo() = default;
+
+void Mainwndo::timerTick(void (Mainwndo::*handler)())
+{
+    if (m_walking > 0) {
+        m_pendingTick = handler;
+        return;
+    }
+    (this->*handler)();
+}
+
+Mainwndo::Walk::~Walk()
+{
+    if (--m_w.m_walking == 0 && m_w.m_pendingTick) {
+        auto handler = std::exchange(m_w.m_pendingTick, nullptr);
+        (m_w.*handler)();
+    }
+}
+
+void Mainwndo::Timer4_Action()
+{
+    m_s.hooks.inactivityCheck();
+}
 
 // ---- timing engine ----
 
@@ -327,6 +350,7 @@ void Mainwndo::dupejob()
 
 int Mainwndo::listMinutes(const Timesheet& list)
 {
+    Walk walk(*this);
     platform::YieldGate gate(m_s.desktop);
     int total = 0;
     for (const JobRow& row : list.rows) {
@@ -363,6 +387,7 @@ void Mainwndo::totaltimetoday(int list)
         return;
     }
     const QString today = shortDate(m_s.clock.now().date());
+    Walk walk(*this);
     platform::YieldGate gate(m_s.desktop);
     int total = 0;
     for (const JobRow& row : sheet.rows) {
@@ -375,26 +400,28 @@ void Mainwndo::totaltimetoday(int list)
 
 void Mainwndo::totalJobTime()
 {
-    if (!ListBox1.hasSelection())
-        return;
-    const QString job = ListBox1.selected().cell(CellJob);
-    int total = 0;
-    for (const JobRow& row : ListBox1.rows)
-        if (sameText(row.cell(CellJob), job))
-            total += row.minutes();
-    jobtotal = hhmm(total);
+    if (ListBox1.hasSelection())
+        jobtotal = hhmm(sumWhere(ListBox1, CellJob, ListBox1.selected().cell(CellJob)));
 }
 
 void Mainwndo::totalSelectedDay()
 {
-    if (!ListBox1.hasSelection())
-        return;
-    const QString date = ListBox1.selected().cell(CellDate);
-    int total = 0;
-    for (const JobRow& row : ListBox1.rows)
-        if (sameText(row.cell(CellDate), date))
-            total += row.minutes();
-    selecteddaytotal = hhmm(total);
+    if (ListBox1.hasSelection())
+        selecteddaytotal = hhmm(sumWhere(ListBox1, CellDate, ListBox1.selected().cell(CellDate)));
+}
+
+void Mainwndo::_totaltime2_Action()
+{
+    Ttljobtme window;
+    window.Event_Open(ListBox1);
+    m_s.dialogs.showModal(window);
+}
+
+void Mainwndo::_totaldy2_Action()
+{
+    Ttldaytme window;
+    window.Event_Open(ListBox1);
+    m_s.dialogs.showModal(window);
 }
 
 // ---- document ----
@@ -408,6 +435,7 @@ void Mainwndo::autosave()
         return;
     }
     m_saving = true;
+    Walk walk(*this);
     do {
         m_saveAgain = false;
         const bool buttonsWere = runButton.enabled;

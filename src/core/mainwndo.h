@@ -172,6 +172,8 @@ public:
     void totaltimetoday(int list);
     void totalJobTime();
     void totalSelectedDay();
+    void _totaltime2_Action();
+    void _totaldy2_Action();
 
     // Document.
     void autosave();
@@ -185,6 +187,7 @@ public:
     void Event_Minimize() { minime = true; }
     void Event_Restore() { minime = false; }
     void Timer2_Action();
+    void Timer4_Action(); // the idle check
     void showStatus(const QString& text); // a passing notice in the status line, cleared by Timer2
 
     Timesheet& shownList() { return ListBox2Ctl.visible ? ListBox2 : ListBox1; }
@@ -201,6 +204,21 @@ private:
     void startTimers(platform::Timer::Mode mode);
     void notifyRow();
     int listMinutes(const Timesheet& list);
+    void timerTick(void (Mainwndo::*handler)());
+
+    // A walk over the rows yields to the event loop, where a timer may fire. A tick that arrives then
+    // would change the rows under the walk, so it waits and runs when the walk is over.
+    class Walk
+    {
+    public:
+        explicit Walk(Mainwndo& w) : m_w(w) { ++m_w.m_walking; }
+        ~Walk();
+
+    private:
+        Mainwndo& m_w;
+    };
+    int m_walking = 0;
+    void (Mainwndo::*m_pendingTick)() = nullptr;
 
     AppPrefs& m_prefs;
     Services m_s;

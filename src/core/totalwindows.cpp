@@ -1,0 +1,34 @@
+#include "core/totalwindows.h"
+
+#include "core/timetext.h"
+
+namespace core
+{
+
+int sumWhere(const Timesheet& sheet, int column, const QString& key)
+{
+    int total = 0;
+    for (const JobRow& row : sheet.rows)
+        if (row.cell(column).compare(key, Qt::CaseInsensitive) == 0)
+            total += row.minutes();
+    return total;
+}
+
+void Ttljobtme::Event_Open(const Timesheet& ListBox1)
+{
+    if (!ListBox1.hasSelection())
+        return;
+    redjobno = ListBox1.selected().cell(CellJob);
+    cliproj = ListBox1.selected().cell(CellProject);
+    cpyfield = hhmmSpaced(sumWhere(ListBox1, CellJob, redjobno));
+}
+
+void Ttldaytme::Event_Open(const Timesheet& ListBox1)
+{
+    if (!ListBox1.hasSelection())
+        return;
+    redate = ListBox1.selected().cell(CellDate);
+    dayttl = hhmmSpaced(sumWhere(ListBox1, CellDate, redate));
+}
+
+} // namespace core

@@ -1,0 +1,210 @@
+#include "core/ui/mainwndoview.h"
+
+#include "core/ui/timesheetmodel.h"
+
+#include <QCloseEvent>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+namespace core::ui
+{
+
+MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent)
+    : QMainWindow(parent), m_form(form)
+{
+    setObjectName(QStringLiteral("Mainwndo"));
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(6, 6, 6, 4);
+    layout->setSpacing(4);
+
+    m_model = new TimesheetModel(form.ListBox1, this);
+    m_model->setStripe(QColor(prefs.red, prefs.green, prefs.blue));
+    m_list = new QTreeView(central);
+    m_list->setObjectName(QStringLiteral("ListBox1"));
+    m_list->setModel(m_model);
+    m_list->setRootIsDecorated(false);
+    m_list->setUniformRowHeights(true); // keeps 100,000 rows cheap to lay out
+    m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setAllColumnsShowFocus(true);
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setSectionsMovable(false);
+    for (int c = 7; c < kColumnCount; ++c)
+        m_list->setColumnHidden(c, true);
+    m_list->setFont(QFont(prefs.chosefont, prefs.fontsize));
+    m_list->installEventFilter(this);
+    layout->addWidget(m_list, 1);
+
+    m_notebox = new QLineEdit(central);
+    m_notebox->setObjectName(QStringLiteral("notebox"));
+    m_notebox->setReadOnly(true);
+    layout->addWidget(m_notebox);
+
+    auto* bar = new QHBoxLayout;
+    m_indecator = new QFrame(central);
+    m_indecator->setObjectName(QStringLiteral("indecator"));
+    m_indecator->setFixedSize(14, 14);
+    m_indecator->setAutoFillBackground(true);
+    m_runButton = new QPushButton(central);
+    m_runButton->setObjectName(QStringLiteral("runButton"));
+    m_runButton->setMinimumWidth(96);
+    m_runtotal = new QLabel(central);
+    m_runtotal->setObjectName(QStringLiteral("runtotal"));
+    bar->addWidget(m_indecator);
+    bar->addWidget(m_runButton);
+    bar->addSpacing(8);
+    bar->addWidget(m_runtotal, 1);
+    layout->addLayout(bar);
+
+    auto* status = new QHBoxLayout;
+    m_dataprogress = new QProgressBar(central);
+    m_dataprogress->setObjectName(QStringLiteral("dataprogress"));
+    m_dataprogress->setRange(0, 0); // a spinner, not a gauge
+    m_dataprogress->setFixedSize(60, 10);
+    m_dataprogress->setTextVisible(false);
+    m_datastream = new QLabel(central);
+    m_datastream->setObjectName(QStringLiteral("datastream"));
+    QFont small = m_datastream->font();
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    m_datastream->setFont(small);
+    status->addWidget(m_dataprogress);
+    status->addWidget(m_datastream, 1);
+    layout->addLayout(status);
+    setCentralWidget(central);
+
+    connect(m_runButton, &QPushButton::clicked, &form, &Mainwndo::runButton_Action);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& current) {
+                const int row = current.isValid() ? current.row() : -1;
+                if (row != m_form.ListBox1.ListIndex)
+                    m_form.setListIndex(row);
+            });
+    connect(&form, &Mainwndo::controlsChanged, this, &MainwndoView::refresh);
+    connect(&form, &Mainwndo::rowsReset, this, [this] {
+        m_model->resetAll();
+        showSelection();
+    });
+    connect(&form, &Mainwndo::rowChanged, m_model, &TimesheetModel::rowChanged);
+    connect(&form, &Mainwndo::selectionChanged, this, &MainwndoView::showSelection);
+    connect(&form, &Mainwndo::focusRequested, this, [this](int) { m_list->setFocus(); });
+
+    resize(prefs.winwidth, prefs.winheight);
+    if (form.geometry.isValid())
+        setGeometry(form.geometry);
+    refresh();
+}
+
+void MainwndoView::refresh()
+{
+    setWindowTitle(m_form.title);
+    m_runButton->setText(m_form.runButton.caption);
+    m_runButton->setEnabled(m_form.runButton.enabled);
+    QPalette palette = m_indecator->palette();
+    palette.setColor(QPalette::Window, QColor::fromRgb(m_form.indecator));
+    m_indecator->setPalette(palette);
+    m_list->setEnabled(m_form.ListBox1Ctl.enabled);
+    m_list->setVerticalScrollBarPolicy(m_form.ListBox1ScrollBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    m_notebox->setVisible(m_form.notebox.visible);
+    m_notebox->setText(m_form.notebox.caption);
+    m_runtotal->setText(m_form.runtotal);
+    m_datastream->setText(m_form.datastream);
+    m_dataprogress->setVisible(m_form.dataprogress);
+}
+
+void MainwndoView::showSelection()
+{
+    const int row = m_form.ListBox1.ListIndex;
+    QItemSelectionModel* selection = m_list->selectionModel();
+    const QSignalBlocker block(selection);
+    if (row < 0) {
+        selection->clear();
+    } else {
+        const QModelIndex index = m_model->index(row, 0);
+        selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        m_list->scrollTo(index);
+    }
+    m_list->viewport()->update();
+}
+
+void MainwndoView::layoutColumns()
+{
+    // Widths as percentages of the list, hours and minutes fixed, the client column takes the rest.
+    const int width = m_list->viewport()->width();
+    const int fixed[] = {width * 12 / 100, width * 12 / 100, width * 25 / 100, 30, 30, width * 20 / 100};
+    int used = 0;
+    for (int c = 0; c < 6; ++c) {
+        m_list->setColumnWidth(c, fixed[c]);
+        used += fixed[c];
+    }
+    m_list->setColumnWidth(CellClient, std::max(width * 5 / 100, width - used));
+}
+
+void MainwndoView::keepGeometry()
+{
+    if (!isMinimized() && !isMaximized())
+        m_form.geometry = geometry();
+}
+
+void MainwndoView::closeEvent(QCloseEvent* event)
+{
+    if (m_closing || !closeRequested) {
+        event->accept();
+        return;
+    }
+    keepGeometry();
+    // The close of the document decides; the window goes away with the form when it agrees.
+    m_closing = closeRequested();
+    if (m_closing)
+        event->accept();
+    else
+        event->ignore();
+}
+
+void MainwndoView::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::WindowStateChange)
+        isMinimized() ? m_form.Event_Minimize() : m_form.Event_Restore();
+    QMainWindow::changeEvent(event);
+}
+
+void MainwndoView::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    keepGeometry();
+}
+
+void MainwndoView::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    keepGeometry();
+    layoutColumns();
+}
+
+bool MainwndoView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (!key->text().isEmpty() && m_form.Event_KeyDown(key->text().at(0)))
+            return true;
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainwndoView::keyPressEvent(QKeyEvent* event)
+{
+    if (!event->text().isEmpty() && m_form.Event_KeyDown(event->text().at(0)))
+        return;
+    QMainWindow::keyPressEvent(event);
+}
+
+} // namespace core::ui

@@ -1,0 +1,125 @@
+#include "core/ui/modalviews.h"
+
+#include "core/app.h"
+#include "core/mainwndo.h"
+#include "core/totalwindows.h"
+#include "platform/qt/qtplatform.h"
+
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace core::ui
+{
+
+namespace
+{
+
+void runDupitwndo(Dupitwndo& form, QWidget* parent)
+{
+    QDialog dialog(parent);
+    dialog.setObjectName(QStringLiteral("dupitwndo"));
+    dialog.setWindowTitle(QStringLiteral("Veltrick"));
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* text = new QLabel(Tr::DupeWinTxt.trimmed(), &dialog);
+    text->setWordWrap(true);
+    text->setMinimumWidth(380);
+    layout->addWidget(text);
+    auto* dontshow = new QCheckBox(Tr::DupeWinDontShow, &dialog);
+    dontshow->setChecked(form.dontshowTicked());
+    QObject::connect(dontshow, &QCheckBox::toggled, [&form](bool on) { form.dontshow_Action(on); });
+    layout->addWidget(dontshow);
+    auto* buttons = new QDialogButtonBox(&dialog);
+    QPushButton* dupeit = buttons->addButton(Tr::MWButtonOK, QDialogButtonBox::AcceptRole);
+    QPushButton* cancel = buttons->addButton(Tr::MWButtonCancel, QDialogButtonBox::RejectRole);
+    dupeit->setDefault(true);
+    QObject::connect(dupeit, &QPushButton::clicked, &dialog, [&] {
+        form.dupeit_Action();
+        dialog.accept();
+    });
+    QObject::connect(cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
+    layout->addWidget(buttons);
+    if (dialog.exec() != QDialog::Accepted)
+        form.Cancel_Action(); // Escape and the close box count as Cancel
+}
+
+// The two total windows: labels on the left, the copyable total, centred on the main screen.
+void runTotalWindow(const QString& title, const QList<QPair<QString, QString>>& fields, const QString& total,
+                    const QString& totalLabel, QWidget* parent)
+{
+    QDialog dialog(parent);
+    dialog.setWindowTitle(title);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new QLabel(title, &dialog));
+    auto* form = new QFormLayout;
+    for (const auto& [label, value] : fields)
+        form->addRow(label, new QLabel(value, &dialog));
+    auto* copyable = new QPlainTextEdit(total, &dialog);
+    copyable->setReadOnly(true);
+    copyable->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    copyable->setMaximumHeight(copyable->fontMetrics().height() * 2 + 8);
+    form->addRow(totalLabel, copyable);
+    layout->addLayout(form);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, &dialog);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    layout->addWidget(buttons);
+    dialog.adjustSize();
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QRect area = screen->geometry();
+        dialog.move(area.width() / 2 - dialog.width() / 2, area.height() / 2 - dialog.height() / 2);
+    }
+    dialog.exec();
+}
+
+void runNoopps(Noopps& form, QWidget* parent)
+{
+    QDialog dialog(parent);
+    dialog.setWindowTitle(Noopps::FRWinTitle);
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* head = new QLabel(Noopps::FRWinHeadText, &dialog);
+    QFont big = head->font();
+    big.setPointSizeF(big.pointSizeF() * 1.4);
+    big.setBold(true);
+    head->setFont(big);
+    layout->addWidget(head);
+    auto* text = new QLabel(Noopps::FRWinText, &dialog);
+    text->setWordWrap(true);
+    text->setMinimumWidth(360);
+    layout->addWidget(text);
+    auto* buttons = new QDialogButtonBox(&dialog);
+    QObject::connect(buttons->addButton(Tr::MWButtonOK, QDialogButtonBox::AcceptRole), &QPushButton::clicked, &dialog,
+                     &QDialog::accept);
+    layout->addWidget(buttons);
+    dialog.exec();
+    form.ButtonPressed = Tr::MWButtonOK;
+}
+
+} // namespace
+
+void registerModalViews(platform::qt::QtDialogs& dialogs)
+{
+    dialogs.registerView(QStringLiteral("noopps"),
+                         [](platform::ModalForm& f, QWidget* parent) { runNoopps(static_cast<Noopps&>(f), parent); });
+    dialogs.registerView(QStringLiteral("dupitwndo"),
+                         [](platform::ModalForm& f, QWidget* parent) { runDupitwndo(static_cast<Dupitwndo&>(f), parent); });
+    dialogs.registerView(QStringLiteral("ttljobtme"), [](platform::ModalForm& f, QWidget* parent) {
+        auto& w = static_cast<Ttljobtme&>(f);
+        runTotalWindow(Ttljobtme::kTTJDesc, {{Tr::MWJobNo, w.redjobno}, {Tr::MWProject, w.cliproj}}, w.cpyfield,
+                       Ttljobtme::kTotalTime, parent);
+        w.ButtonPressed = Tr::MWButtonOK;
+    });
+    dialogs.registerView(QStringLiteral("ttldaytme"), [](platform::ModalForm& f, QWidget* parent) {
+        auto& w = static_cast<Ttldaytme&>(f);
+        runTotalWindow(Ttldaytme::kTTLDesc, {{Ttldaytme::kDate, w.redate}}, w.dayttl, Ttldaytme::kTotalTime, parent);
+        w.ButtonPressed = Tr::MWButtonOK;
+    });
+}
+
+} // namespace core::ui

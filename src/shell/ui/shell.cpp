@@ -1,0 +1,182 @@
+#include "shell/ui/shell.h"
+
+#include "core/texts.h"
+#include "core/ui/mainwndoview.h"
+#include "core/ui/modalviews.h"
+#include "storage/operations_file.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+namespace shell::ui
+{
+
+namespace
+{
+
+QString documentsFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
+// The small window of the idle program: its menus and the two ways in. Closing it quits.
+class StartWindow : public QMainWindow
+{
+public:
+    std::function<void()> closed;
+
+protected:
+    void closeEvent(QCloseEvent* event) override
+    {
+        event->ignore(); // the quit decides, and may be cancelled at the save question
+        if (closed)
+            closed();
+    }
+};
+
+} // namespace
+
+Shell::Shell()
+    : m_app(core::Mainwndo::Services{m_clock, m_desktop, m_dialogs, m_timers, *this}, *this),
+      m_document(m_app, m_files, m_dialogs, m_desktop, documentsFolder())
+{
+    core::ui::registerModalViews(m_dialogs);
+    connect(&m_app, &core::App::mainwndoCreated, this, &Shell::showMainwndo);
+    connect(&m_app, &core::App::mainwndoClosed, this, [this] {
+        if (m_view) {
+            m_view->close();
+            m_view->deleteLater();
+        }
+        if (!m_quitting && m_startWindow)
+            m_startWindow->show();
+    });
+    buildStartWindow();
+}
+
+Shell::~Shell() = default;
+
+void Shell::start(const QStringList& documents)
+{
+    // The start window comes first, so that the user sees the program before any question; it
+    // hides again as soon as a timesheet opens.
+    m_startWindow->show();
+    m_app.Event_Open();
+    for (const QString& path : documents)
+        if (path.endsWith(QStringLiteral(".vlk"), Qt::CaseInsensitive))
+            m_app.Event_OpenDocument(path);
+}
+
+bool Shell::operationsFileExists() const
+{
+    return m_files.exists(storage::prefFile(storage::kOperationsFileName));
+}
+
+void Shell::firstRun()
+{
+    core::Noopps welcome;
+    m_dialogs.showModal(welcome);
+}
+
+void Shell::exit()
+{
+    QApplication::quit();
+}
+
+void Shell::quit()
+{
+    m_quitting = true;
+    if (!m_app._FileQuit_Action())
+        m_quitting = false; // cancelled at the save question
+}
+
+void Shell::buildStartWindow()
+{
+    auto* window = new StartWindow;
+    m_startWindow = window;
+    window->setObjectName(QStringLiteral("StartWindow"));
+    window->setWindowTitle(core::Mainwndo::kAppTitle);
+    window->closed = [this] { quit(); };
+    auto* central = new QWidget(window);
+    auto* layout = new QVBoxLayout(central);
+    auto* heading = new QLabel(QStringLiteral("<b>Veltrick</b> %1").arg(core::App::kAppVersion), central);
+    layout->addWidget(heading);
+    auto* buttons = new QHBoxLayout;
+    auto* newButton = new QPushButton(kStartNew, central);
+    auto* openButton = new QPushButton(kStartOpen, central);
+    connect(newButton, &QPushButton::clicked, this, [this] { m_document.newSaveAs(); });
+    connect(openButton, &QPushButton::clicked, this, [this] { m_document.open(); });
+    buttons->addWidget(newButton);
+    buttons->addWidget(openButton);
+    layout->addLayout(buttons);
+    window->setCentralWidget(central);
+    fillMenus(window->menuBar(), false);
+}
+
+void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
+{
+    QMenu* file = bar->addMenu(QStringLiteral("&File"));
+    QAction* nusheet = file->addAction(kStartNew, QKeySequence::New, this, [this] { m_document.newSaveAs(); });
+    QAction* open = file->addAction(kStartOpen, QKeySequence::Open, this, [this] { m_document.open(); });
+    nusheet->setEnabled(!documentOpen);
+    open->setEnabled(!documentOpen);
+    if (documentOpen) {
+        file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this, [this] { m_app.closeMainwndo(); });
+        file->addSeparator();
+        file->addAction(Tr::SaveMenuText, QKeySequence::Save, this, [this] {
+            if (auto* w = m_app.existingMainwndo())
+                w->autosave();
+        });
+        file->addAction(QStringLiteral("Save As…"), QKeySequence(QStringLiteral("Ctrl+Shift+S")), this,
+                        [this] { m_document.newSaveAs(); });
+    }
+    file->addSeparator();
+    file->addAction(QStringLiteral("Quit"), QKeySequence::Quit, this, [this] { quit(); });
+
+    if (documentOpen) {
+        QMenu* view = bar->addMenu(QStringLiteral("&View"));
+        view->addAction(Tr::EMJobTotal, QKeySequence(QStringLiteral("Ctrl+A")), this, [this] {
+            if (auto* w = m_app.existingMainwndo())
+                w->_totaltime2_Action();
+        });
+        view->addAction(Tr::EMDayTotal, QKeySequence(QStringLiteral("Ctrl+L")), this, [this] {
+            if (auto* w = m_app.existingMainwndo())
+                w->_totaldy2_Action();
+        });
+        QMenu* control = bar->addMenu(QStringLiteral("&Control"));
+        control->addAction(Tr::CMStart, this, [this] {
+            if (auto* w = m_app.existingMainwndo())
+                w->_statusStart_Action();
+        });
+        control->addAction(Tr::CMStop, this, [this] {
+            if (auto* w = m_app.existingMainwndo())
+                w->_statusStop_Action();
+        });
+    }
+    QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("About Veltrick"), this, [this] {
+        QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Veltrick"),
+                           QStringLiteral("Veltrick %1\nA timesheet for the hours you bill.").arg(core::App::kAppVersion));
+    });
+}
+
+void Shell::showMainwndo(core::Mainwndo* form)
+{
+    auto* view = new core::ui::MainwndoView(*form, m_app.prefs);
+    view->setAttribute(Qt::WA_DeleteOnClose, false);
+    m_view = view;
+    view->closeRequested = [this] { return m_quitting || m_app.closeMainwndo(); };
+    fillMenus(view->menuBar(), true);
+    m_startWindow->hide();
+    view->show();
+}
+
+} // namespace shell::ui

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "core/app.h"
+#include "platform/clock.h"
+#include "platform/qt/qtplatform.h"
+#include "storage/document.h"
+#include "storage/filestore.h"
+
+#include <QObject>
+#include <QPointer>
+
+class QMainWindow;
+class QMenuBar;
+
+namespace core::ui
+{
+class MainwndoView;
+}
+
+namespace shell::ui
+{
+
+// The composition of the running program: the Qt services, the application, the document, the start
+// window and the main window's view, and the answers to the core's calls into the subsystems above it.
+class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks
+{
+    Q_OBJECT
+
+public:
+    inline static const QString kStartNew = QStringLiteral("New Timesheet...");
+    inline static const QString kStartOpen = QStringLiteral("Open Timesheet...");
+
+    Shell();
+    ~Shell() override;
+
+    // Start-up, then a timesheet named on the command line, if any.
+    void start(const QStringList& documents);
+    core::App& app() { return m_app; }
+
+    // core::AppHooks
+    void readPrefs(core::AppPrefs& prefs) override { m_document.readPrefs(prefs); }
+    void saveprefs(const core::AppPrefs& prefs) override { m_document.saveprefs(prefs); }
+    bool fileExists(const QString& path) const override { return m_files.exists(path); }
+    void sesame() override { m_document.sesame(); }
+    bool operationsFileExists() const override;
+    void firstRun() override;
+    void exit() override;
+
+    // core::MainwndoHooks
+    platform::Result writeTimesheet(const QString& path, const core::Timesheet& sheet) override
+    {
+        return m_document.writeTimesheet(path, sheet);
+    }
+
+private:
+    void buildStartWindow();
+    void fillMenus(QMenuBar* bar, bool documentOpen);
+    void showMainwndo(core::Mainwndo* form);
+    void quit();
+
+    platform::SystemClock m_clock;
+    platform::qt::QtDesktop m_desktop;
+    platform::qt::QtDialogs m_dialogs;
+    platform::qt::QtTimerFactory m_timers;
+    storage::DiskFileStore m_files;
+    core::App m_app;
+    storage::Document m_document;
+    QMainWindow* m_startWindow = nullptr;
+    QPointer<core::ui::MainwndoView> m_view;
+    bool m_quitting = false;
+};
+
+} // namespace shell::ui

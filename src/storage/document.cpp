@@ -1,0 +1,136 @@
+#include "storage/document.h"
+
+#include "core/texts.h"
+#include "storage/prefs_file.h"
+#include "storage/timesheet_file.h"
+
+#include <QFileInfo>
+
+namespace storage
+{
+
+Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
+                   QString documentsFolder)
+    : m_app(app), m_files(files), m_dialogs(dialogs), m_desktop(desktop), m_documents(std::move(documentsFolder))
+{
+}
+
+void Document::sesame()
+{
+    core::Mainwndo& w = m_app.mainwndo();
+    w.deleteall();
+    if (m_app.thisdoc.isEmpty())
+        return;
+
+    const QString path = QFileInfo(m_app.thisdoc).absoluteFilePath();
+    QByteArray bytes;
+    platform::Result read = m_files.read(path, bytes);
+    ReadResult result;
+    if (read.ok())
+        result = decodeTimesheet(bytes);
+    // A damaged file still shows what could be read; with no path the damaged file is never overwritten.
+    w.ListBox1.rows = std::move(result.sheet.rows);
+    w.ListBox1.starthrs = result.sheet.starthrs;
+    w.ListBox1.startmin = result.sheet.startmin;
+    emit w.rowsReset();
+    if (!read.ok() || !result.complete) {
+        m_desktop.beep();
+        m_dialogs.message(QStringLiteral("Veltrick - Error [-2]\r\r") + kAppRunWarning + QLatin1Char('\r') +
+                          core::App::kAppLastPath + m_app.prefs.lastdoc);
+        w.Uptotal2(1);
+        w.rowcheck();
+        return;
+    }
+
+    w.xpath = path;
+    m_app.prefs.lastdoc = path;
+
+    // A row still marked as running was left so by a crash or a quit: charge the time since.
+    int remembered = 0;
+    bool found = false;
+    for (int i = 0; i < w.ListBox1.ListCount(); ++i) {
+        if (w.ListBox1.row(i).run == core::kRunRunning) {
+            m_desktop.beep();
+            m_dialogs.message(kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped + QString::number(i + 1) +
+                              kAppElapsedTime);
+            remembered = i;
+            found = true;
+        }
+    }
+    w.setListIndex(w.ListBox1.ListCount() > 0 ? remembered : -1);
+    w.boxchange = false;
+    w.Windowfilename();
+    w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
+    if (found) {
+        w.Allstop();
+        w.allcont();
+    }
+    w.njButton2.enabled = !w.running;
+    emit w.controlsChanged();
+}
+
+void Document::newSaveAs()
+{
+    core::Mainwndo& w = m_app.mainwndo();
+    const QString chosen =
+        m_dialogs.saveFile(kAppNewSheetDlgTitle, kAppNewSheetPrompt, m_documents, kAppSuggestFileName, kFileFilter);
+    if (chosen.isEmpty())
+        return;
+    QString path = QFileInfo(chosen).absoluteFilePath();
+    if (QFileInfo(path).suffix().isEmpty())
+        path += QLatin1Char('.') + kTimesheetSuffix;
+
+    w.showStatus(core::Mainwndo::kDSWrite);
+    const platform::Result written = writeTimesheet(path, w.ListBox1);
+    if (!written.ok()) {
+        m_desktop.beep();
+        m_dialogs.message(QStringLiteral("Error [") + QString::number(written.code) + QStringLiteral("] ") +
+                          kAppNoAccess + QStringLiteral("\n\n") + kAppNoAccessTxt);
+        return;
+    }
+    w.xpath = path;
+    m_app.prefs.lastdoc = path;
+    m_app.thisdoc = path;
+    w.Windowfilename();
+    w.boxchange = false;
+    w.rowcheck();
+    w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
+}
+
+void Document::open()
+{
+    const QString chosen = m_dialogs.openFile(kAppOpenDlgTitle, m_documents, kFileFilter);
+    if (chosen.isEmpty() || !m_files.exists(chosen))
+        return;
+    m_app.thisdoc = chosen;
+    sesame();
+}
+
+platform::Result Document::writeTimesheet(const QString& path, const core::Timesheet& sheet)
+{
+    int cut = 0;
+    const QByteArray bytes = encodeTimesheet(sheet, &cut);
+    const platform::Result result = m_files.write(path, bytes);
+    if (result.ok() && cut > 0 && !m_toldCut) {
+        m_toldCut = true;
+        m_dialogs.message(kNoteCut);
+    }
+    return result;
+}
+
+void Document::readPrefs(core::AppPrefs& prefs)
+{
+    QByteArray bytes;
+    if (m_files.read(prefFile(kPrefsFileName), bytes).ok())
+        prefs = decodePrefs(bytes, prefs);
+}
+
+void Document::saveprefs(const core::AppPrefs& prefs)
+{
+    if (!m_files.write(prefFile(kPrefsFileName), encodePrefs(prefs)).ok()) {
+        m_desktop.beep();
+        m_dialogs.message(kAppPrefsError);
+    }
+}
+
+} // namespace storage

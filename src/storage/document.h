@@ -1,0 +1,52 @@
+#pragma once
+
+#include "core/app.h"
+#include "storage/filestore.h"
+
+namespace storage
+{
+
+// The timesheet document around the main window: reading a file in, New and Save As, the writes of
+// every save, and the settings file at start and quit.
+class Document
+{
+public:
+    inline static const QString kAppNewSheetPrompt = QStringLiteral("Please enter a filename for your new Timesheet");
+    inline static const QString kAppSuggestFileName = QStringLiteral("Untitled Timesheet");
+    inline static const QString kAppNewSheetDlgTitle = QStringLiteral("Save Timesheet As");
+    inline static const QString kAppOpenDlgTitle = QStringLiteral("Open Timesheet");
+    inline static const QString kAppNoAccess = QStringLiteral("Access denied!");
+    inline static const QString kAppNoAccessTxt = QStringLiteral("Sorry, I can't write your Timesheet file in that location.");
+    inline static const QString kAppRunWarning = QStringLiteral("Veltrick - WARNING!");
+    inline static const QString kAppTimerNotStopped = QStringLiteral("The timer was not stopped for the Job in Row ");
+    inline static const QString kAppElapsedTime =
+        QStringLiteral(". The time elapsed while Veltrick was closed will be added to this jobs total.");
+    inline static const QString kAppPrefsError = QStringLiteral("Error - Could not Write Preference File!");
+    inline static const QString kNoteCut =
+        QStringLiteral("A note was too long to be stored in the timesheet file and has been shortened there.");
+    inline static const QString kFileFilter = QStringLiteral("Veltrick Timesheet (*.vlk)");
+
+    Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
+             QString documentsFolder);
+
+    // Reads App::thisdoc into the main window, recovering a timer that was left running.
+    void sesame();
+    // New and Save As: asks for a file and writes the window's rows into it.
+    void newSaveAs();
+    // The Open command: asks for a file and reads it.
+    void open();
+    platform::Result writeTimesheet(const QString& path, const core::Timesheet& sheet);
+
+    void readPrefs(core::AppPrefs& prefs);
+    void saveprefs(const core::AppPrefs& prefs);
+
+private:
+    core::App& m_app;
+    FileStore& m_files;
+    platform::Dialogs& m_dialogs;
+    platform::Desktop& m_desktop;
+    QString m_documents;
+    bool m_toldCut = false;
+};
+
+} // namespace storage
