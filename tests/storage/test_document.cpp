@@ -1,0 +1,193 @@
+// Opening, saving and recovering a timesheet through the document, on files held in memory.
+#include "storage/document.h"
+#include "storage/timesheet_file.h"
+#include "core/timetext.h"
+#include "support/fakes.h"
+#include "support/memorystore.h"
+
+#include <QLocale>
+#include <QtTest>
+
+using namespace core;
+
+namespace
+{
+
+const QString kPath = QStringLiteral("/home/ann/Timesheets/week.vlk");
+
+class WritingHooks : public AppHooks, public MainwndoHooks
+{
+public:
+    storage::Document* document = nullptr;
+    platform::Result writeTimesheet(const QString& path, const Timesheet& sheet) override
+    {
+        return document->writeTimesheet(path, sheet);
+    }
+};
+
+JobRow row(const QDate& date, const QString& job, const QString& h, const QString& m, const QString& run)
+{
+    JobRow r;
+    r.setCell(CellDate, shortDate(date));
+    r.setCell(CellJob, job);
+    r.setCell(CellHours, h);
+    r.setCell(CellMinutes, m);
+    r.run = run;
+    return r;
+}
+
+} // namespace
+
+class TestDocument : public QObject
+{
+    Q_OBJECT
+
+    testing::FakeClock clock;
+    testing::FakeDesktop desktop;
+    testing::ScriptedDialogs dialogs;
+    testing::FakeTimers timers;
+    testing::MemoryFileStore files;
+    WritingHooks hooks;
+    std::unique_ptr<App> app;
+    std::unique_ptr<storage::Document> doc;
+
+    void store(std::vector<JobRow> rows, const QString& starthrs, const QString& startmin)
+    {
+        Timesheet sheet;
+        sheet.rows = std::move(rows);
+        sheet.starthrs = starthrs;
+        sheet.startmin = startmin;
+        files.files[kPath] = storage::encodeTimesheet(sheet);
+    }
+
+    Timesheet stored() { return storage::decodeTimesheet(files.files.value(kPath)).sheet; }
+
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    void init()
+    {
+        dialogs = testing::ScriptedDialogs();
+        files = testing::MemoryFileStore();
+        app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks}, hooks);
+        doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, QStringLiteral("/home/ann"));
+        hooks.document = doc.get();
+    }
+
+    void cleanup()
+    {
+        QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(QLatin1Char('\n'))));
+        QVERIFY(dialogs.scriptDone());
+    }
+
+    // A timer left running when the program ended: the closed time is charged and the job runs on,
+    // or, on a later day, the rollover takes over.
+    void leftOverTimer_data()
+    {
+        QTest::addColumn<QDate>("rowDate");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<QString>("charged");
+        const QDate day(2026, 11, 20);
+        QTest::newRow("same day, later") << day << "09:15" << QDateTime(day, QTime(11, 0)) << "02:45";
+        QTest::newRow("over midnight") << day << "23:50" << QDateTime(day.addDays(1), QTime(0, 10)) << "01:20";
+        QTest::newRow("next day, later clock") << day << "09:00" << QDateTime(day.addDays(1), QTime(10, 0)) << "26:00";
+    }
+
+    void leftOverTimer()
+    {
+        QFETCH(QDate, rowDate);
+        QFETCH(QString, start);
+        QFETCH(QDateTime, now);
+        clock.set(now);
+        store({row(rowDate, QStringLiteral("R1"), QStringLiteral("01"), QStringLiteral("00"), kRunRunning)},
+              start.left(2), start.right(2));
+        const bool nextDay = now.date() != rowDate;
+        if (nextDay)
+            dialogs.expectModal(QStringLiteral("dupitwndo"),
+                                [](platform::ModalForm& f) { static_cast<Dupitwndo&>(f).dupeit_Action(); });
+        app->thisdoc = kPath;
+        doc->sesame();
+
+        QCOMPARE(dialogs.messages, QStringList{QStringLiteral(
+                                       "Veltrick - WARNING!\n\nThe timer was not stopped for the Job in Row 1. The "
+                                       "time elapsed while Veltrick was closed will be added to this jobs total.")});
+        Mainwndo& w = app->mainwndo();
+        const JobRow& charged = w.ListBox1.row(nextDay ? 1 : 0);
+        QTEST(hhmm(charged.minutes()), "charged");
+        QVERIFY(w.running);
+        QCOMPARE(w.ListBox1.selected().run, kRunRunning);
+        QCOMPARE(w.ListBox1.selected().cell(CellDate), shortDate(now.date()));
+        // What is on disk agrees: the charge and the running row both reached the file.
+        const Timesheet disk = stored();
+        QCOMPARE(disk.ListCount(), w.ListBox1.ListCount());
+        QCOMPARE(disk.row(nextDay ? 1 : 0).minutes(), charged.minutes());
+        QCOMPARE(disk.starthrs + QLatin1Char(':') + disk.startmin, now.toString(QStringLiteral("HH:mm")));
+    }
+
+    void twoRunningRowsChargeTheLast()
+    {
+        const QDate day(2026, 11, 22);
+        clock.set(QDateTime(day, QTime(12, 0)));
+        store({row(day, QStringLiteral("A"), QStringLiteral("00"), QStringLiteral("10"), kRunRunning),
+               row(day, QStringLiteral("B"), QStringLiteral("00"), QStringLiteral("20"), kRunNever),
+               row(day, QStringLiteral("C"), QStringLiteral("00"), QStringLiteral("30"), kRunRunning)},
+              QStringLiteral("11"), QStringLiteral("00"));
+        app->thisdoc = kPath;
+        doc->sesame();
+        QCOMPARE(dialogs.messages.size(), 2);
+        QVERIFY(dialogs.messages[0].contains(QStringLiteral("Row 1.")));
+        QVERIFY(dialogs.messages[1].contains(QStringLiteral("Row 3.")));
+        Mainwndo& w = app->mainwndo();
+        QCOMPARE(w.ListBox1.ListIndex, 2);
+        QCOMPARE(hhmm(w.ListBox1.row(2).minutes()), QStringLiteral("01:30"));
+        QCOMPARE(hhmm(w.ListBox1.row(0).minutes()), QStringLiteral("00:10"));
+        QCOMPARE(w.ListBox1.row(0).run, kRunRunning); // only the last is charged
+    }
+
+    // A damaged file shows what could be read and is never written over.
+    void damagedFileKeepsWhatWasRead()
+    {
+        const QDate day(2026, 11, 22);
+        store({row(day, QStringLiteral("A"), QStringLiteral("01"), QStringLiteral("00"), kRunStopped),
+               row(day, QStringLiteral("B"), QStringLiteral("02"), QStringLiteral("00"), kRunStopped)},
+              QString(), QString());
+        const QByteArray whole = files.files[kPath];
+        files.files[kPath] = whole.left(whole.size() - 30);
+        app->prefs.lastdoc = kPath;
+        app->thisdoc = kPath;
+        doc->sesame();
+        QCOMPARE(dialogs.messages, QStringList{QStringLiteral("Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe last "
+                                                              "known path to the file was: ") + kPath});
+        Mainwndo& w = app->mainwndo();
+        QCOMPARE(w.ListBox1.ListCount(), 1);
+        QVERIFY(w.xpath.isEmpty());
+        w.autosave();
+        QCOMPARE(files.files[kPath], whole.left(whole.size() - 30));
+    }
+
+    // Save As to a place that refuses the file leaves the document where it was.
+    void saveAsRefused()
+    {
+        const QDate day(2026, 11, 22);
+        store({row(day, QStringLiteral("A"), QStringLiteral("01"), QStringLiteral("00"), kRunStopped)}, {}, {});
+        app->thisdoc = kPath;
+        doc->sesame();
+        files.failWrites = true;
+        dialogs.expectFile(QStringLiteral("/readonly/copy"));
+        doc->newSaveAs();
+        QCOMPARE(dialogs.messages.last(), QStringLiteral("Error [28] Access denied!\n\nSorry, I can't write your "
+                                                         "Timesheet file in that location."));
+        QCOMPARE(app->mainwndo().xpath, kPath);
+
+        files.failWrites = false;
+        dialogs.expectFile(QStringLiteral("/home/ann/copy"));
+        doc->newSaveAs();
+        QCOMPARE(app->mainwndo().xpath, QStringLiteral("/home/ann/copy.vlk"));
+        QCOMPARE(app->prefs.lastdoc, QStringLiteral("/home/ann/copy.vlk"));
+        QCOMPARE(storage::decodeTimesheet(files.files.value(QStringLiteral("/home/ann/copy.vlk"))).sheet.ListCount(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDocument)
+#include "test_document.moc"
