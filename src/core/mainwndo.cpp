@@ -14,7 +14,8 @@ namespace
 {
 bool sameText(const QString& a, const QString& b)
 {
-    return a.compare(b, Qt::CaseInsensitive) == 0;
+    // Most texts differ in length or match exactly; only the rest needs the slower caseless compare.
+    return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
 }
 } // namespace
 

@@ -5,8 +5,7 @@
 #include <QList>
 #include <QString>
 
-namespace platform
-{
+namespace platform {
 
 // A group of the user's contacts as the store lists it.
 struct AddressBookGroup

@@ -43,6 +43,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
         m_list->setColumnHidden(c, true);
     m_list->setFont(QFont(prefs.chosefont, prefs.fontsize));
     m_list->installEventFilter(this);
+    m_list->viewport()->installEventFilter(this);
     layout->addWidget(m_list, 1);
 
     m_notebox = new QLineEdit(central);
@@ -139,8 +140,10 @@ void MainwndoView::showSelection()
 void MainwndoView::layoutColumns()
 {
     // Widths as percentages of the list, hours and minutes fixed, the client column takes the rest.
+    // The fixed columns hold three digits in the font in use, which on some desktops needs more than 30.
     const int width = m_list->viewport()->width();
-    const int fixed[] = {width * 12 / 100, width * 12 / 100, width * 25 / 100, 30, 30, width * 20 / 100};
+    const int digits = std::max(30, m_list->fontMetrics().horizontalAdvance(QStringLiteral("0000")) + 6);
+    const int fixed[] = {width * 12 / 100, width * 12 / 100, width * 25 / 100, digits, digits, width * 20 / 100};
     int used = 0;
     for (int c = 0; c < 6; ++c) {
         m_list->setColumnWidth(c, fixed[c]);
@@ -187,11 +190,12 @@ void MainwndoView::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
     keepGeometry();
-    layoutColumns();
 }
 
 bool MainwndoView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == m_list->viewport() && event->type() == QEvent::Resize)
+        layoutColumns();
     if (watched == m_list && event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         if (!key->text().isEmpty() && m_form.Event_KeyDown(key->text().at(0)))
