@@ -4,7 +4,7 @@ JOBS ?= 2
 CMAKE_FLAGS ?=
 
 DEBS := cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
-        libbenchmark-dev qt6-qpa-plugins xvfb xauth
+        libbenchmark-dev qt6-qpa-plugins xvfb xauth khard
 
 .PHONY: all deps configure build run test bench format clean
 

@@ -1,4 +1,5 @@
 #include "shell/ui/shell.h"
+#include "shell/ui/singleinstance.h"
 
 #include <QApplication>
 
@@ -37,8 +38,14 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Veltrick"));
     QApplication::setApplicationVersion(QStringLiteral("8.0"));
     QApplication::setQuitOnLastWindowClosed(false);
+    const QStringList documents = QApplication::arguments().mid(1);
+    shell::ui::SingleInstance instance;
+    if (instance.forwardToRunning(documents))
+        return 0;
     shell::ui::Shell shell;
     application.shell = &shell;
-    shell.start(QApplication::arguments().mid(1));
+    QObject::connect(&instance, &shell::ui::SingleInstance::openRequested, &shell, &shell::ui::Shell::openRequested);
+    instance.listen();
+    shell.start(documents);
     return QApplication::exec();
 }

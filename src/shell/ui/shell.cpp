@@ -75,6 +75,17 @@ void Shell::start(const QStringList& documents)
             m_app.Event_OpenDocument(path);
 }
 
+void Shell::openRequested(const QStringList& paths)
+{
+    for (const QString& path : paths)
+        if (path.endsWith(QStringLiteral(".vlk"), Qt::CaseInsensitive) && m_files.exists(path))
+            m_app.Event_OpenDocument(path);
+    QWidget* front = m_view ? static_cast<QWidget*>(m_view) : m_startWindow;
+    front->show();
+    front->raise();
+    front->activateWindow();
+}
+
 bool Shell::operationsFileExists() const
 {
     return m_files.exists(storage::prefFile(storage::kOperationsFileName));

@@ -36,6 +36,8 @@ public:
     // Start-up, then a timesheet named on the command line, if any.
     void start(const QStringList& documents);
     core::App& app() { return m_app; }
+    // Another launch asked for these timesheets, or just for the program to come forward.
+    void openRequested(const QStringList& paths);
 
     // core::AppHooks
     void readPrefs(core::AppPrefs& prefs) override { m_document.readPrefs(prefs); }
