@@ -106,6 +106,42 @@ void Document::open()
     sesame();
 }
 
+void Document::openOld()
+{
+    platform::Question question;
+    question.message = kAppOpenOldExplain;
+    question.action = Tr::MWButtonOK;
+    question.caution = false;
+    if (m_dialogs.ask(question) != platform::Answer::Action)
+        return;
+    const QString chosen = m_dialogs.openFile(kAppOpenDlgTitle, m_documents, QStringLiteral("All files (*)"));
+    QByteArray bytes;
+    if (chosen.isEmpty() || !m_files.read(chosen, bytes).ok())
+        return;
+    ReadResult result = decodeTimesheet(bytes);
+    core::Mainwndo& w = m_app.mainwndo();
+    w.deleteall();
+    w.ListBox1.rows = std::move(result.sheet.rows);
+    // The clock start of another file means nothing here; the converted list starts with no timer.
+    for (core::JobRow& row : w.ListBox1.rows)
+        if (row.run == core::kRunRunning)
+            row.run = core::kRunStopped;
+    emit w.rowsReset();
+    w.setListIndex(w.ListBox1.ListCount() > 0 ? 0 : -1);
+    w.Uptotal2(1);
+    w.markChanged();
+}
+
+bool Document::switchitConfirmed()
+{
+    m_desktop.beep();
+    platform::Question question;
+    question.message = kSWQuestion;
+    question.explanation = kSWExplain;
+    question.action = Tr::MWButtonOK;
+    return m_dialogs.ask(question) == platform::Answer::Action;
+}
+
 platform::Result Document::writeTimesheet(const QString& path, const core::Timesheet& sheet)
 {
     int cut = 0;

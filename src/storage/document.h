@@ -24,6 +24,16 @@ public:
     inline static const QString kAppPrefsError = QStringLiteral("Error - Could not Write Preference File!");
     inline static const QString kNoteCut =
         QStringLiteral("A note was too long to be stored in the timesheet file and has been shortened there.");
+    inline static const QString kAppOpenOldExplain = QStringLiteral(
+        "Are you sure you want to convert an existing timesheet to the new format?\n\nPlease choose your old "
+        "timesheet file from the following dialog. Once your timesheet is converted and open in the main window, you "
+        "must choose Save As... from the File menu to make a copy of it in the new file format before you start to "
+        "use it.\n");
+    inline static const QString kSWQuestion = QStringLiteral("Update Budget Totals?");
+    inline static const QString kSWExplain = QStringLiteral(
+        "Add the Used hours from this Timesheet to the Total Used Hours in your Preset Jobs list.\n\nChoose [OK] "
+        "ONLY if you have finished working in this Timesheet and you want to update your existing Budget totals "
+        "before starting a New Timesheet.\n\nThis operation can not be undone.");
     inline static const QString kFileFilter = QStringLiteral("Veltrick Timesheet (*.vlk)");
 
     Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
@@ -35,6 +45,11 @@ public:
     void newSaveAs();
     // The Open command: asks for a file and reads it.
     void open();
+    // "Convert Older VLK Timesheet…": reads a file of either byte order into an unsaved list, which the
+    // user then keeps with Save As.
+    void openOld();
+    // "Close && Total Budgets…": true when the user chose OK and the budgets are to be totalled.
+    bool switchitConfirmed();
     platform::Result writeTimesheet(const QString& path, const core::Timesheet& sheet);
 
     void readPrefs(core::AppPrefs& prefs);

@@ -141,6 +141,17 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
     open->setEnabled(!documentOpen);
     if (documentOpen) {
         file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this, [this] { m_app.closeMainwndo(); });
+        file->addAction(QStringLiteral("Close && Total Budgets…"), QKeySequence(QStringLiteral("Ctrl+Shift+W")), this,
+                        [this] {
+                            // The totalling of the budgets joins here once preset jobs exist.
+                            if (m_document.switchitConfirmed())
+                                m_app.closeMainwndo();
+                        });
+    } else {
+        file->addSeparator();
+        file->addAction(QStringLiteral("Convert Older VLK Timesheet…"), this, [this] { m_document.openOld(); });
+    }
+    if (documentOpen) {
         file->addSeparator();
         file->addAction(Tr::SaveMenuText, QKeySequence::Save, this, [this] {
             if (auto* w = m_app.existingMainwndo())
