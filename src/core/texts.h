@@ -10,6 +10,7 @@ inline const QString MWStartButtonSt = QStringLiteral("Start");
 inline const QString MWStartButtonStop = QStringLiteral("Stop");
 inline const QString MWButtonOK = QStringLiteral("OK");
 inline const QString MWButtonCancel = QStringLiteral("Cancel");
+inline const QString MWButtonNote = QStringLiteral("Notes:");
 inline const QString MWButtonDontSave = QStringLiteral("Don't Save");
 inline const QString MWButtonContinue = QStringLiteral("Continue");
 inline const QString MWButtonReset = QStringLiteral("Reset");

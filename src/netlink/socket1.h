@@ -1,0 +1,85 @@
+#pragma once
+
+#include "netlink/netlinkhost.h"
+#include "platform/desktop.h"
+#include "platform/result.h"
+
+#include <QAbstractSocket>
+#include <QByteArray>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+class QTcpSocket;
+
+namespace netlink
+{
+
+class NetLinkServer;
+
+// Net Link's one socket: listens on every interface, serves one browser at a time with the page of
+// the open timesheet, and reports its progress in the window's status line.
+class Socket1 : public QObject
+{
+    Q_OBJECT
+
+public:
+    inline static const QString kMWDSTxtConnected = QStringLiteral("Net Link: Connecting to Browser");
+    inline static const QString kMWDSTxtSending = QStringLiteral("Net Link: Sending Data to Browser");
+    inline static const QString kMWDSTxtNoPermission = QStringLiteral("Net Link: Permission Denied");
+    inline static const QString kMWDSTxtNoRoute = QStringLiteral("Net Link: No Route to Client");
+    inline static const QString kMWDSTxtError = QStringLiteral("Net Link: Connection error! ");
+
+    static constexpr quint16 kPort = 2000;
+    // Error numbers are those of QAbstractSocket::SocketError. The socket layer reports an unreachable
+    // host or network as a network error, and a refused bind or accept as an access error.
+    static constexpr int kErrPermission = QAbstractSocket::SocketAccessError;
+    static constexpr int kErrNoRoute = QAbstractSocket::NetworkError;
+
+    Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent = nullptr);
+    ~Socket1() override;
+
+    // The port of the next Listen; 0 takes any free port (Port() then tells which).
+    void setPort(quint16 port) { m_port = port; }
+    quint16 Port() const;
+
+    // Starts listening. A port that cannot be bound is reported in the status line and in the
+    // result, and is not retried until the next Listen.
+    platform::Result Listen();
+    // Stops listening and drops the client and any waiting connections.
+    void Close();
+
+    bool isListening() const;
+    bool isServing() const { return !m_client.isNull(); }
+    int LastErrorCode() const { return m_lastErrorCode; }
+
+    // The status line text for an error number.
+    static QString errorText(int code);
+
+private:
+    void onNewConnection();
+    void serveNext();
+    void Socket1_Connected();
+    void Socket1_DataAvailable();
+    void onBytesWritten();
+    void Socket1_SendComplete();
+    void Socket1_Error(int code);
+    void dropClient(bool abort);
+    void listenAgain();
+
+    NetLinkHost& m_host;
+    platform::Desktop& m_desktop;
+    NetLinkServer* m_server;
+    QPointer<QTcpSocket> m_client;
+    quint16 m_port = kPort;
+    int m_lastErrorCode = 0;
+    QByteArray m_tail; // the last bytes received from the client: all that decides a request's end
+    bool m_building = false;
+    // A client dropped while its page was being built stays alive until the build has returned.
+    QTcpSocket* m_dropAfterBuild = nullptr;
+    bool m_dropAbort = false;
+    quint64 m_serial = 0; // counts connections, to tell the one a page was built for
+    bool m_answered = false;
+};
+
+} // namespace netlink

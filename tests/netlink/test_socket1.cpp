@@ -1,0 +1,285 @@
+#include "netlink/page.h"
+#include "netlink/socket1.h"
+#include "support/fakes.h"
+
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtTest>
+
+#include <memory>
+
+using namespace netlink;
+
+namespace
+{
+
+// The window as Net Link sees it: a list, a run flag, and a status line that remembers every text.
+class FakeHost : public NetLinkHost
+{
+public:
+    const core::Timesheet& ListBox1() const override { return sheet; }
+    bool running() const override { return run; }
+    const QString& styleSheetTxt() const override { return style; }
+    QString& ipnumber() override { return ip; }
+    void setStatus(const QString& text) override { statuses << text; }
+    void startTimer2() override { ++timer2Starts; }
+
+    core::Timesheet sheet;
+    bool run = false;
+    QString style = QStringLiteral("td{color:red}");
+    QString ip;
+    QStringList statuses;
+    int timer2Starts = 0;
+};
+
+// One browser connection from the test's side.
+class Browser
+{
+public:
+    // The system completes the connection even while the server is busy with someone else.
+    explicit Browser(quint16 port)
+    {
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        socket.waitForConnected(5000);
+    }
+    void send(const QByteArray& bytes)
+    {
+        socket.write(bytes);
+        socket.flush();
+    }
+    bool closedByServer() const { return socket.state() == QAbstractSocket::UnconnectedState; }
+    QByteArray received() { return socket.readAll(); }
+
+    QTcpSocket socket;
+};
+
+const QByteArray kGet = QByteArrayLiteral("GET / HTTP/1.1\r\nHost: 127.0.0.1:2000\r\n\r\n");
+const QString kLeft = Socket1::kMWDSTxtError + QString::number(QAbstractSocket::RemoteHostClosedError);
+
+} // namespace
+
+class TestSocket1 : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeHost host;
+    testing::FakeDesktop desktop;
+    std::unique_ptr<Socket1> server;
+
+    QByteArray expectedPage() { return buildPage(host.sheet, host.run, host.style, QStringLiteral("127.0.0.1")); }
+    QByteArray fetch()
+    {
+        Browser browser(server->Port());
+        browser.send(kGet);
+        [&] { QTRY_VERIFY(browser.closedByServer()); }();
+        return browser.received();
+    }
+
+private slots:
+    void init()
+    {
+        host = FakeHost();
+        server = std::make_unique<Socket1>(host, desktop);
+        server->setPort(0);
+        QVERIFY(server->Listen().ok());
+    }
+    void cleanup() { server.reset(); }
+
+    // The page goes out once, after the packet that ends the request, whatever came before it.
+    void answersAfterTheEndOfTheRequest_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("packets");
+        QTest::newRow("one packet") << QList<QByteArray>{kGet};
+        QTest::newRow("split in the header") << QList<QByteArray>{"GET / HT", "TP/1.0\r\nHost: a\r\n", "\r\n"};
+        QTest::newRow("split in the end") << QList<QByteArray>{"GET / HTTP/1.0\r\n\r", "\n"};
+        QTest::newRow("any method and path") << QList<QByteArray>{"DELETE /x/../y?z=1 HTTP/9\r\n\r\n"};
+        QTest::newRow("binary junk") << QList<QByteArray>{QByteArray("\0\xff\xfe\r\n", 5), "\r\n\r\n"};
+    }
+    void answersAfterTheEndOfTheRequest()
+    {
+        QFETCH(QList<QByteArray>, packets);
+        host.sheet.AddRow(core::JobRow());
+        Browser browser(server->Port());
+        for (qsizetype i = 0; i < packets.size(); ++i) {
+            browser.send(packets[i]);
+            if (i + 1 < packets.size()) {
+                QTRY_VERIFY(host.statuses.contains(Socket1::kMWDSTxtSending));
+                QTest::qWait(50);
+                QVERIFY(!browser.closedByServer());
+                QVERIFY(browser.socket.bytesAvailable() == 0);
+            }
+        }
+        QTRY_VERIFY(browser.closedByServer());
+        QCOMPARE(browser.received(), expectedPage());
+        QCOMPARE(host.statuses.first(), Socket1::kMWDSTxtConnected);
+        QCOMPARE(host.statuses.mid(1).count(Socket1::kMWDSTxtSending), host.statuses.size() - 1);
+        QCOMPARE(host.ip, QStringLiteral("127.0.0.1"));
+        QCOMPARE(host.timer2Starts, 1);
+        // Re-armed: the reload a minute later is served the same way.
+        QCOMPARE(fetch(), expectedPage());
+        QCOMPARE(host.timer2Starts, 2);
+    }
+
+    void pageOverTheWire_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("selected");
+        QTest::addColumn<bool>("running");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("empty timesheet") << 0 << -1 << false << QByteArray("</td><td>Notes:</td>\r\n</tr>\r\n</table>");
+        QTest::newRow("running marker") << 1 << -1 << true << QByteArray("<hr class=\"runstart\"><table ");
+        QTest::newRow("markup in a cell") << 1 << -1 << false << QByteArray("<td><a href=\"x\">P&amp;</a></td>");
+        QTest::newRow("selected in the middle")
+            << 3 << 1 << false
+            << QByteArray("<tr class=\"roweven\">\r\n<td></td><td></td><td><a href=\"x\">P&amp;</a></td>");
+    }
+    void pageOverTheWire()
+    {
+        QFETCH(int, rows);
+        QFETCH(int, selected);
+        QFETCH(bool, running);
+        QFETCH(QByteArray, expected);
+        for (int r = 0; r < rows; ++r) {
+            core::JobRow row;
+            row.setCell(core::CellProject, QStringLiteral("<a href=\"x\">P&amp;</a>"));
+            host.sheet.AddRow(row);
+        }
+        host.sheet.ListIndex = selected;
+        host.run = running;
+        const QByteArray page = fetch();
+        QVERIFY2(page.contains(expected), page.constData());
+        QVERIFY(page.endsWith("</html>"));
+        QCOMPARE(page.count("<tr class=\"hilite\">"), selected >= 0 ? 1 : 0);
+    }
+
+    // No answer for a request that does not end in an empty line; the client holds the server,
+    // and the next browser waits, until it goes away.
+    void unendedRequestHoldsTheServer_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::newRow("never ends") << QByteArray("GET / HTTP/1.0\r\nHost: x\r\n");
+        QTest::newRow("POST with a body") << QByteArray("POST / HTTP/1.0\r\nContent-Length: 5\r\n\r\nhello");
+        QTest::newRow("bare line feeds") << QByteArray("GET /\n\n");
+        QTest::newRow("endless header") << QByteArray("GET / HTTP/1.0\r\nX: ") + QByteArray(512 * 1024, 'a');
+    }
+    void unendedRequestHoldsTheServer()
+    {
+        QFETCH(QByteArray, request);
+        auto first = std::make_unique<Browser>(server->Port());
+        first->send(request);
+        QTRY_VERIFY(host.statuses.contains(Socket1::kMWDSTxtSending));
+        Browser second(server->Port());
+        second.send(kGet);
+        QTest::qWait(300);
+        QCOMPARE(first->socket.bytesAvailable(), 0);
+        QVERIFY(!first->closedByServer());
+        QVERIFY(server->isServing());
+        QCOMPARE(second.socket.bytesAvailable(), 0);
+        QCOMPARE(host.timer2Starts, 0);
+
+        first.reset();
+        QTRY_VERIFY(host.statuses.contains(kLeft));
+        QTRY_VERIFY(second.closedByServer());
+        QCOMPARE(second.received(), expectedPage());
+        QCOMPARE(server->LastErrorCode(), int(QAbstractSocket::RemoteHostClosedError));
+    }
+
+    void browsersTakeTurns()
+    {
+        std::vector<std::unique_ptr<Browser>> browsers;
+        for (int i = 0; i < 4; ++i) {
+            browsers.push_back(std::make_unique<Browser>(server->Port()));
+            browsers.back()->send(kGet);
+        }
+        for (auto& browser : browsers) {
+            QTRY_VERIFY(browser->closedByServer());
+            QCOMPARE(browser->received(), expectedPage());
+        }
+        QCOMPARE(host.timer2Starts, 4);
+        QCOMPARE(host.statuses.count(Socket1::kMWDSTxtConnected), 4);
+    }
+
+    // A browser that leaves while a long page is being put together gets nothing written to it,
+    // and the server goes on to the next.
+    void browserLeavesDuringThePage()
+    {
+        for (int r = 0; r < 200000; ++r)
+            host.sheet.AddRow(core::JobRow());
+        class LeavingDesktop : public testing::FakeDesktop
+        {
+        public:
+            void processEvents() override
+            {
+                if (leaver) {
+                    leaver->socket.abort();
+                    leaver = nullptr;
+                    QTest::qWait(100);
+                }
+            }
+            Browser* leaver = nullptr;
+        } leaving;
+        server = std::make_unique<Socket1>(host, leaving);
+        server->setPort(0);
+        QVERIFY(server->Listen().ok());
+        Browser first(server->Port());
+        leaving.leaver = &first;
+        first.send(kGet);
+        QTRY_VERIFY(host.statuses.contains(kLeft));
+        QVERIFY(!leaving.leaver);
+        QVERIFY(fetch().endsWith("</html>"));
+    }
+
+    void errorTexts_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("permission") << int(QAbstractSocket::SocketAccessError) << "Net Link: Permission Denied";
+        QTest::newRow("no route") << int(QAbstractSocket::NetworkError) << "Net Link: No Route to Client";
+        QTest::newRow("client left") << int(QAbstractSocket::RemoteHostClosedError) << "Net Link: Connection error! 1";
+        QTest::newRow("unknown") << int(QAbstractSocket::UnknownSocketError) << "Net Link: Connection error! -1";
+    }
+    void errorTexts()
+    {
+        QFETCH(int, code);
+        QFETCH(QString, text);
+        QCOMPARE(Socket1::errorText(code), text);
+    }
+
+    void portAlreadyInUse()
+    {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any, 0));
+        Socket1 second(host, desktop);
+        const quint16 port = other.serverPort();
+        second.setPort(port);
+        const platform::Result result = second.Listen();
+        QCOMPARE(result.code, int(QAbstractSocket::AddressInUseError));
+        QVERIFY(!result.message.isEmpty());
+        QVERIFY(!second.isListening());
+        QCOMPARE(host.statuses.last(), QStringLiteral("Net Link: Connection error! 8"));
+        QCOMPARE(host.timer2Starts, 1);
+        other.close();
+        QVERIFY(second.Listen().ok());
+        QCOMPARE(second.Port(), port);
+    }
+
+    void closeDropsTheClientAndStopsListening()
+    {
+        Browser browser(server->Port());
+        browser.send("GET /");
+        QTRY_VERIFY(server->isServing());
+        const quint16 port = server->Port();
+        server->Close();
+        QVERIFY(!server->isListening());
+        QTRY_VERIFY(browser.closedByServer());
+        QCOMPARE(browser.received(), QByteArray());
+        QTcpSocket late;
+        late.connectToHost(QHostAddress::LocalHost, port);
+        QVERIFY(!late.waitForConnected(2000));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSocket1)
+#include "test_socket1.moc"
