@@ -3,6 +3,8 @@
 #include "core/texts.h"
 #include "core/ui/mainwndoview.h"
 #include "core/ui/modalviews.h"
+#include "netlink/apptexts.h"
+#include "netlink/stylesheet.h"
 #include "storage/operations_file.h"
 
 #include <QApplication>
@@ -97,6 +99,77 @@ void Shell::firstRun()
     m_dialogs.showModal(welcome);
 }
 
+void Shell::locateStyleSheet()
+{
+    const platform::Result loaded = netlink::loadStyleSheet(QCoreApplication::applicationDirPath(), m_styleSheetTxt);
+    if (!loaded.ok()) {
+        m_desktop.beep();
+        m_dialogs.message(netlink::kAppStyleSheetFailure);
+    }
+}
+
+void Shell::mainwndoOpened(core::Mainwndo&)
+{
+    restartWeb();
+}
+
+void Shell::windowClosing()
+{
+    m_socket1.reset();
+}
+
+void Shell::restartWeb()
+{
+    m_socket1.reset();
+    if (!m_app.prefs.netlook || !m_app.existingMainwndo())
+        return;
+    m_socket1 = std::make_unique<netlink::Socket1>(*this, m_desktop);
+    m_socket1->Listen(); // a failure shows in the status line; the Connect button tries again
+}
+
+void Shell::_webo_Action()
+{
+    if (m_app.thisdoc.isEmpty()) {
+        m_desktop.beep();
+        m_dialogs.message(netlink::kAppNoSheetWeb);
+        return;
+    }
+    m_desktop.openUrl(netlink::kWebUrl);
+}
+
+const core::Timesheet& Shell::ListBox1() const
+{
+    const core::Mainwndo* w = m_app.existingMainwndo();
+    return w ? w->ListBox1 : m_noSheet;
+}
+
+bool Shell::running() const
+{
+    const core::Mainwndo* w = m_app.existingMainwndo();
+    return w && w->running;
+}
+
+QString& Shell::ipnumber()
+{
+    core::Mainwndo* w = m_app.existingMainwndo();
+    return w ? w->ipnumber : m_noAddress;
+}
+
+void Shell::setStatus(const QString& datastream)
+{
+    if (core::Mainwndo* w = m_app.existingMainwndo()) {
+        w->datastream = datastream;
+        w->dataprogress = true;
+        emit w->controlsChanged();
+    }
+}
+
+void Shell::startTimer2()
+{
+    if (core::Mainwndo* w = m_app.existingMainwndo())
+        w->Timer2().setMode(platform::Timer::Single);
+}
+
 void Shell::exit()
 {
     QApplication::quit();
@@ -173,6 +246,9 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
             if (auto* w = m_app.existingMainwndo())
                 w->_totaldy2_Action();
         });
+        view->addSeparator();
+        QAction* webo = view->addAction(QStringLiteral("View in Web Browser"), this, [this] { _webo_Action(); });
+        connect(view, &QMenu::aboutToShow, webo, [this, webo] { webo->setEnabled(m_app.prefs.netlook); });
         QMenu* control = bar->addMenu(QStringLiteral("&Control"));
         control->addAction(Tr::CMStart, this, [this] {
             if (auto* w = m_app.existingMainwndo())

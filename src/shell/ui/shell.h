@@ -1,6 +1,8 @@
 #pragma once
 
 #include "core/app.h"
+#include "netlink/netlinkhost.h"
+#include "netlink/socket1.h"
 #include "platform/clock.h"
 #include "platform/qt/qtplatform.h"
 #include "storage/document.h"
@@ -22,7 +24,7 @@ namespace shell::ui
 
 // The composition of the running program: the Qt services, the application, the document, the start
 // window and the main window's view, and the answers to the core's calls into the subsystems above it.
-class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks
+class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks, public netlink::NetLinkHost
 {
     Q_OBJECT
 
@@ -47,12 +49,27 @@ public:
     bool operationsFileExists() const override;
     void firstRun() override;
     void exit() override;
+    void locateStyleSheet() override;
+    void mainwndoOpened(core::Mainwndo& window) override;
 
     // core::MainwndoHooks
     platform::Result writeTimesheet(const QString& path, const core::Timesheet& sheet) override
     {
         return m_document.writeTimesheet(path, sheet);
     }
+    void windowClosing() override;
+
+    // netlink::NetLinkHost
+    const core::Timesheet& ListBox1() const override;
+    bool running() const override;
+    const QString& styleSheetTxt() const override { return m_styleSheetTxt; }
+    QString& ipnumber() override;
+    void setStatus(const QString& datastream) override;
+    void startTimer2() override;
+
+    // Net Link on or off as the settings say; the Connect button of the preferences restarts it.
+    void restartWeb();
+    void _webo_Action();
 
 private:
     void buildStartWindow();
@@ -69,6 +86,10 @@ private:
     storage::Document m_document;
     QMainWindow* m_startWindow = nullptr;
     QPointer<core::ui::MainwndoView> m_view;
+    QString m_styleSheetTxt;
+    std::unique_ptr<netlink::Socket1> m_socket1;
+    core::Timesheet m_noSheet;
+    QString m_noAddress;
     bool m_quitting = false;
 };
 
