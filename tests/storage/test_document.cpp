@@ -1,7 +1,7 @@
 // Opening, saving and recovering a timesheet through the document, on files held in memory.
+#include "core/timetext.h"
 #include "storage/document.h"
 #include "storage/timesheet_file.h"
-#include "core/timetext.h"
 #include "support/fakes.h"
 #include "support/memorystore.h"
 
@@ -158,7 +158,8 @@ private slots:
         app->thisdoc = kPath;
         doc->sesame();
         QCOMPARE(dialogs.messages, QStringList{QStringLiteral("Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe last "
-                                                              "known path to the file was: ") + kPath});
+                                                              "known path to the file was: ") +
+                                               kPath});
         Mainwndo& w = app->mainwndo();
         QCOMPARE(w.ListBox1.ListCount(), 1);
         QVERIFY(w.xpath.isEmpty());
@@ -185,7 +186,8 @@ private slots:
         doc->newSaveAs();
         QCOMPARE(app->mainwndo().xpath, QStringLiteral("/home/ann/copy.vlk"));
         QCOMPARE(app->prefs.lastdoc, QStringLiteral("/home/ann/copy.vlk"));
-        QCOMPARE(storage::decodeTimesheet(files.files.value(QStringLiteral("/home/ann/copy.vlk"))).sheet.ListCount(), 1);
+        QCOMPARE(storage::decodeTimesheet(files.files.value(QStringLiteral("/home/ann/copy.vlk"))).sheet.ListCount(),
+                 1);
     }
 };
 

@@ -1,0 +1,230 @@
+#include "storage/clients_file.h"
+#include "storage/operations_file.h"
+#include "storage/preset_file.h"
+
+#include <QTest>
+
+using storage::Operation;
+using storage::OperationList;
+using storage::PresetJob;
+using storage::PresetJobList;
+
+namespace
+{
+PresetJob preset(const QString& job, const QString& project, const QString& budget = {}, const QString& closed = {},
+                 const QString& tag = {})
+{
+    PresetJob p;
+    p.job = job;
+    p.project = project;
+    p.budget = budget;
+    p.closed = closed;
+    p.closedTag = tag;
+    return p;
+}
+} // namespace
+
+// The small list files of the preferences folder: operations, preset jobs, clients.
+class TestListFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void operationsRoundTrip()
+    {
+        const OperationList list = {{QStringLiteral("Design"), QString()},
+                                    {QStringLiteral("Überprüfung"), QStringLiteral("R&D – review")},
+                                    {QString(), QStringLiteral("only a description")}};
+        const QByteArray bytes = storage::encodeOperations(list);
+        QCOMPARE(bytes.left(9), QByteArray("\x03\x06"
+                                           "Design\x00",
+                                           9));
+        bool complete = false;
+        QCOMPARE(storage::decodeOperations(bytes, &complete), list);
+        QVERIFY(complete);
+    }
+
+    void operationsHoldAtMost127()
+    {
+        OperationList list;
+        for (int i = 0; i < 130; ++i)
+            list.append({QStringLiteral("op%1").arg(i), QString()});
+        const QByteArray bytes = storage::encodeOperations(list);
+        QCOMPARE(quint8(bytes[0]), quint8(storage::kMaxOperations));
+        const OperationList read = storage::decodeOperations(bytes);
+        QCOMPARE(read.size(), storage::kMaxOperations);
+        QCOMPARE(read.last().name, QStringLiteral("op126"));
+    }
+
+    void longTextsAreCutAtCharacterBoundary()
+    {
+        const QString longText = QStringLiteral("a") + QString(100, u'€'); // 301 bytes
+        int cut = 0;
+        const OperationList ops =
+            storage::decodeOperations(storage::encodeOperations({{longText, QStringLiteral("d")}}, &cut));
+        QCOMPARE(cut, 1);
+        QCOMPARE(ops.at(0).name, longText.left(85)); // 1 + 84 * 3 = 253 bytes
+        QCOMPARE(ops.at(0).description, QStringLiteral("d"));
+
+        const QStringList clients =
+            storage::decodeClientList(storage::encodeClientList({longText, QStringLiteral("B")}));
+        QCOMPARE(clients, QStringList({longText.left(85), QStringLiteral("B")}));
+
+        const PresetJobList jobs =
+            storage::decodePresetJobs(storage::encodePresetJobs({preset(QStringLiteral("J"), longText)}, &cut));
+        QCOMPARE(cut, 1);
+        QCOMPARE(jobs.at(0).project, longText.left(85));
+    }
+
+    void presetJobsRoundTrip()
+    {
+        const PresetJobList jobs = {
+            preset(QStringLiteral("A100"), QStringLiteral("Ärger & Co"), QStringLiteral("40"), QStringLiteral("12"),
+                   QStringLiteral("35")),
+            preset(QStringLiteral("B:7"), QString(), QStringLiteral("00"), QStringLiteral("00")),
+        };
+        const QByteArray bytes = storage::encodePresetJobs(jobs);
+        QCOMPARE(bytes.left(9), QByteArray("\0\0\0\2\x04"
+                                           "A100",
+                                           9));
+        bool complete = false;
+        QCOMPARE(storage::decodePresetJobs(bytes, &complete), jobs);
+        QVERIFY(complete);
+        QCOMPARE(storage::encodePresetJobs({}), QByteArray("\0\0\0\0", 4));
+    }
+
+    void oldPresetJobsHaveFourFields()
+    {
+        const QByteArray bytes = QByteArray("\0\0\0\2", 4) +
+                                 "\x02J1\x01P\x02"
+                                 "10\x02"
+                                 "03" +
+                                 QByteArray("\x02J2\x00\x02"
+                                            "05\x02"
+                                            "00",
+                                            10);
+        bool complete = false;
+        const PresetJobList jobs = storage::decodeOldPresetJobs(bytes, &complete);
+        QVERIFY(complete);
+        QCOMPARE(jobs.size(), 2);
+        QCOMPARE(jobs[0], preset("J1", "P", "10", "03"));
+        QCOMPARE(jobs[1], preset("J2", "", "05", "00"));
+    }
+
+    void presetImport_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("columns");
+        QTest::addColumn<QStringList>("lastRow"); // cells 0 to 4, then the extra cells
+        QTest::newRow("LF") << QByteArray("A1\tProj\t10\t02\nB2\tOther\t05\t00\n") << 2 << 5
+                            << QStringList{"B2", "Other", "05", "00", ""};
+        QTest::newRow("CR LF, no end") << QByteArray("A1\tP\r\nB2\tQ") << 2 << 5 << QStringList{"B2", "Q", "", "", ""};
+        QTest::newRow("old CR") << QByteArray("A1\r\rB2\tQ\r") << 2 << 5 << QStringList{"B2", "Q", "", "", ""};
+        QTest::newRow("one field") << QByteArray("\xef\xbb\xbfZ9\n") << 1 << 5 << QStringList{"Z9", "", "", "", ""};
+        QTest::newRow("wider than the list")
+            << QByteArray("A\tB\tC\tD\tE\tF\tG\n") << 1 << 7 << QStringList{"A", "B", "C", "D", "E", "F", "G"};
+        QTest::newRow("empty fields kept") << QByteArray("\tP\t\t07") << 1 << 5 << QStringList{"", "P", "", "07", ""};
+        QTest::newRow("UTF-8") << QByteArray("J\xc3\xa9\tCaf\xc3\xa9") << 1 << 5
+                               << QStringList{"Jé", "Café", "", "", ""};
+    }
+    void presetImport()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(int, rows);
+        QFETCH(int, columns);
+        QFETCH(QStringList, lastRow);
+        const storage::PresetImport import = storage::parsePresetImport(text);
+        QCOMPARE(import.jobs.size(), rows);
+        QCOMPARE(import.columnCount, columns);
+        const PresetJob& job = import.jobs.last();
+        QCOMPARE((QStringList{job.job, job.project, job.budget, job.closed, job.active} + job.extra), lastRow);
+    }
+
+    void exportReadsBackAsImport()
+    {
+        const PresetJobList jobs = {preset("A1", "Café", "10", "02"), preset("B2", "", "00", "00")};
+        QCOMPARE(storage::parsePresetImport(storage::formatPresetExport(jobs)).jobs, jobs);
+    }
+
+    void clientsRoundTrip()
+    {
+        const QStringList names = {QStringLiteral("Acme"), QStringLiteral("Bäckerei Groß"), QString()};
+        const QByteArray bytes = storage::encodeClientList(names);
+        QCOMPARE(bytes.left(7), QByteArray("\0\x03\x04"
+                                           "Acme",
+                                           7));
+        QCOMPARE(storage::decodeClientList(bytes), names);
+        QCOMPARE(storage::encodeClientList({}), QByteArray("\0\0", 2));
+    }
+
+    // Every reader, given a cut or lying file, returns what it could read and no more.
+    void damagedFiles_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("items");
+        QTest::newRow("operations: cut") << "ops"
+                                         << QByteArray("\x05\x01"
+                                                       "A\x00\x01"
+                                                       "B",
+                                                       6)
+                                         << 1;
+        QTest::newRow("operations: negative count") << "ops"
+                                                    << QByteArray("\x80\x01"
+                                                                  "A\x00",
+                                                                  4)
+                                                    << 0;
+        QTest::newRow("operations: empty file") << "ops" << QByteArray() << 0;
+        QTest::newRow("presets: huge count") << "presets"
+                                             << QByteArray("\x7f\xff\xff\xff\x01"
+                                                           "A\0\0\0\0",
+                                                           10)
+                                             << 1;
+        QTest::newRow("presets: negative count") << "presets"
+                                                 << QByteArray("\xff\xff\xff\xff\x01"
+                                                               "A",
+                                                               6)
+                                                 << 0;
+        QTest::newRow("presets: length past end") << "presets"
+                                                  << QByteArray("\0\0\0\1\xff"
+                                                                "A",
+                                                                6)
+                                                  << 0;
+        QTest::newRow("old presets: cut") << "old" << QByteArray("\0\0\0\2\0\0\0\0\0\0", 10) << 1;
+        QTest::newRow("clients: huge count") << "clients"
+                                             << QByteArray("\x7f\xff\x01"
+                                                           "A\x01"
+                                                           "B",
+                                                           6)
+                                             << 2;
+        QTest::newRow("clients: negative count") << "clients"
+                                                 << QByteArray("\x80\x00\x01"
+                                                               "A",
+                                                               4)
+                                                 << 0;
+        QTest::newRow("clients: one byte") << "clients" << QByteArray("\x01", 1) << 0;
+    }
+    void damagedFiles()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, items);
+        bool complete = true;
+        qsizetype read = -1;
+        if (kind == QLatin1String("ops"))
+            read = storage::decodeOperations(bytes, &complete).size();
+        else if (kind == QLatin1String("presets"))
+            read = storage::decodePresetJobs(bytes, &complete).size();
+        else if (kind == QLatin1String("old"))
+            read = storage::decodeOldPresetJobs(bytes, &complete).size();
+        else
+            read = storage::decodeClientList(bytes).size();
+        QCOMPARE(read, items);
+        if (kind != QLatin1String("clients") && !QByteArray(QTest::currentDataTag()).contains("negative"))
+            QVERIFY(!complete);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListFiles)
+#include "test_list_files.moc"
