@@ -10,7 +10,6 @@
 namespace netlink
 {
 
-
 // The whole answer to a browser: response line, head with the style sheet, the run marker and the
 // rows of ListBox1 as a table. Cells go out exactly as they are held, markup included.
 // `running` picks the run marker once, before the first row. `yield` is called after every row so the
