@@ -17,6 +17,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace shell::ui
@@ -68,13 +69,16 @@ Shell::~Shell() = default;
 
 void Shell::start(const QStringList& documents)
 {
-    // The start window comes first, so that the user sees the program before any question; it
-    // hides again as soon as a timesheet opens.
-    m_startWindow->show();
+    // On a first start the start window stands behind the welcome, so the user sees the program
+    // before any question; otherwise it shows only when no timesheet opens.
+    if (!operationsFileExists())
+        m_startWindow->show();
     m_app.Event_Open();
     for (const QString& path : documents)
         if (path.endsWith(QStringLiteral(".vlk"), Qt::CaseInsensitive))
             m_app.Event_OpenDocument(path);
+    if (!m_app.existingMainwndo())
+        m_startWindow->show();
 }
 
 void Shell::openRequested(const QStringList& paths)
@@ -274,7 +278,8 @@ void Shell::showMainwndo(core::Mainwndo* form)
     view->closeRequested = [this] { return m_quitting || m_app.closeMainwndo(); };
     fillMenus(view->menuBar(), true);
     m_startWindow->hide();
-    view->show();
+    // Shown once the event loop is back: a timesheet being read appears whole, not row by row.
+    QTimer::singleShot(0, view, &QWidget::show);
 }
 
 } // namespace shell::ui
