@@ -4,9 +4,19 @@
 
 #include <QBrush>
 #include <QFont>
+#include <QMimeData>
+#include <QPalette>
 
 namespace core::ui
 {
+
+namespace
+{
+bool isOver(const JobRow& row, int column)
+{
+    return (column == CellHours || column == CellMinutes) && row.budget == kBudgetOver;
+}
+} // namespace
 
 int TimesheetModel::rowCount(const QModelIndex& parent) const
 {
@@ -16,6 +26,31 @@ int TimesheetModel::rowCount(const QModelIndex& parent) const
 int TimesheetModel::columnCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : kColumnCount;
+}
+
+QColor TimesheetModel::background(int row, int column) const
+{
+    const bool gray = m_grayable && m_gray;
+    if (column == CellDate && !m_sheet.row(row).note.isEmpty()) {
+        if (!m_dark)
+            return kNoteLight;
+        return gray ? kNoteDarkGray : kNoteDark;
+    }
+    const bool even = row % 2 == 0;
+    if (!m_dark)
+        return even ? m_stripe : kOddLight;
+    if (gray)
+        return even ? kEvenDarkGray : kOddDarkGray;
+    return even ? kEvenDark : kOddDark;
+}
+
+QColor TimesheetModel::textColour(int row, int column) const
+{
+    if (m_grayable && m_gray)
+        return m_dark ? kGrayTextDark : kGrayTextLight;
+    if (isOver(m_sheet.row(row), column))
+        return kOverText;
+    return {};
 }
 
 QVariant TimesheetModel::data(const QModelIndex& index, int role) const
@@ -28,23 +63,21 @@ QVariant TimesheetModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return row.cell(column);
     case Qt::TextAlignmentRole:
-        return column == CellHours ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant(Qt::AlignLeft | Qt::AlignVCenter);
+        return column == CellHours ? QVariant(Qt::AlignRight | Qt::AlignVCenter)
+                                   : QVariant(Qt::AlignLeft | Qt::AlignVCenter);
     case Qt::FontRole:
-        if ((column == CellDate && !row.note.isEmpty()) ||
-            ((column == CellHours || column == CellMinutes) && row.budget == kBudgetOver)) {
+        if ((column == CellDate && !row.note.isEmpty()) || isOver(row, column)) {
             QFont bold;
             bold.setBold(true);
             return bold;
         }
         return {};
-    case Qt::ForegroundRole:
-        if ((column == CellHours || column == CellMinutes) && row.budget == kBudgetOver)
-            return QBrush(Qt::red);
-        return {};
+    case Qt::ForegroundRole: {
+        const QColor colour = textColour(index.row(), column);
+        return colour.isValid() ? QVariant(QBrush(colour)) : QVariant();
+    }
     case Qt::BackgroundRole:
-        if (column == CellDate && !row.note.isEmpty())
-            return QBrush(QColor(255, 240, 140));
-        return index.row() % 2 ? QVariant(QBrush(m_stripe)) : QVariant();
+        return QBrush(background(index.row(), column));
     default:
         return {};
     }
@@ -55,7 +88,8 @@ QVariant TimesheetModel::headerData(int section, Qt::Orientation orientation, in
     if (orientation != Qt::Horizontal)
         return {};
     if (role == Qt::TextAlignmentRole)
-        return section == CellHours ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant(Qt::AlignLeft | Qt::AlignVCenter);
+        return section == CellHours ? QVariant(Qt::AlignRight | Qt::AlignVCenter)
+                                    : QVariant(Qt::AlignLeft | Qt::AlignVCenter);
     if (role != Qt::DisplayRole)
         return {};
     switch (section) {
@@ -78,6 +112,59 @@ QVariant TimesheetModel::headerData(int section, Qt::Orientation orientation, in
     default:
         return QString();
     }
+}
+
+Qt::ItemFlags TimesheetModel::flags(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren;
+}
+
+QByteArray TimesheetModel::dragText(const JobRow& row)
+{
+    QString text;
+    for (int c = 0; c <= 7; ++c)
+        text += row.cell(c) + QLatin1Char('\t');
+    text += QLatin1Char('\r');
+    return text.toUtf8();
+}
+
+QMimeData* TimesheetModel::mimeData(const QModelIndexList& indexes) const
+{
+    if (indexes.isEmpty() || !indexes.first().isValid() || indexes.first().row() >= m_sheet.ListCount())
+        return nullptr;
+    auto* data = new QMimeData;
+    data->setData(kDragMime, dragText(m_sheet.row(indexes.first().row())));
+    return data;
+}
+
+bool TimesheetModel::isDark(const QPalette& palette)
+{
+    return palette.color(QPalette::Window).lightness() < 128;
+}
+
+void TimesheetModel::setDark(bool dark)
+{
+    if (dark == m_dark)
+        return;
+    m_dark = dark;
+    repaintAll();
+}
+
+void TimesheetModel::setGray(bool gray)
+{
+    if (gray == m_gray)
+        return;
+    m_gray = gray;
+    repaintAll();
+}
+
+void TimesheetModel::repaintAll()
+{
+    if (m_sheet.ListCount() > 0)
+        emit dataChanged(index(0, 0), index(m_sheet.ListCount() - 1, kColumnCount - 1),
+                         {Qt::BackgroundRole, Qt::ForegroundRole});
 }
 
 } // namespace core::ui

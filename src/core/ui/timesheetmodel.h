@@ -5,25 +5,55 @@
 #include <QAbstractTableModel>
 #include <QColor>
 
+class QPalette;
+
 namespace core::ui
 {
 
 // Shows a Timesheet as a list control: twelve columns, seven of them visible, cell numbers unchanged.
+// Rows are striped, a row with a note has its date bold on a marked ground, an over-budget row its time
+// in bold red; a drag carries the row's first eight cells as tab-separated text.
 class TimesheetModel : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    explicit TimesheetModel(const Timesheet& sheet, QObject* parent = nullptr) : QAbstractTableModel(parent), m_sheet(sheet)
-    {
-    }
+    // Paint colours of the lists.
+    inline static const QColor kOddLight{255, 255, 255};
+    inline static const QColor kEvenDark{102, 102, 102};
+    inline static const QColor kOddDark{153, 153, 153};
+    inline static const QColor kEvenDarkGray{30, 30, 30};
+    inline static const QColor kOddDarkGray{10, 10, 10};
+    inline static const QColor kNoteLight{255, 255, 0};
+    inline static const QColor kNoteDark{255, 92, 0};
+    inline static const QColor kNoteDarkGray{204, 51, 0};
+    inline static const QColor kOverText{255, 0, 0};
+    inline static const QColor kGrayTextLight{150, 150, 150};
+    inline static const QColor kGrayTextDark{90, 90, 90};
+    inline static const QString kDragMime = QStringLiteral("text/plain");
+
+    // `grayable`: the list is painted greyed while the single-client view is on (ListBox1 alone).
+    explicit TimesheetModel(const Timesheet& sheet, QObject* parent = nullptr, bool grayable = true)
+        : QAbstractTableModel(parent), m_sheet(sheet), m_grayable(grayable)
+    {}
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override { return {kDragMime}; }
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
+
+    // The text a drag of a row carries: cells 0 to 7, each followed by a tab, then a carriage return.
+    static QByteArray dragText(const JobRow& row);
+    // The appearance is dark when the window colour of the palette is.
+    static bool isDark(const QPalette& palette);
 
     void setStripe(const QColor& colour) { m_stripe = colour; }
+    void setDark(bool dark);
+    void setGray(bool gray);
     void resetAll()
     {
         beginResetModel();
@@ -31,9 +61,17 @@ public:
     }
     void rowChanged(int row) { emit dataChanged(index(row, 0), index(row, columnCount() - 1)); }
 
+    QColor background(int row, int column) const;
+    QColor textColour(int row, int column) const; // invalid: the palette's text colour
+
 private:
+    void repaintAll();
+
     const Timesheet& m_sheet;
+    bool m_grayable;
     QColor m_stripe{243, 246, 250};
+    bool m_dark = false;
+    bool m_gray = false;
 };
 
 } // namespace core::ui

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+// Shared texts of the row operations and of the lists' context menu.
+namespace Tr
+{
+inline const QString MWButtonDelete = QStringLiteral("Delete");
+inline const QString MWDeleteJbTitle = QStringLiteral("Delete job options");
+inline const QString MWResetAllRows = QStringLiteral("Reset All Rows");
+inline const QString MWResetAllRowQuestion =
+    QStringLiteral("OK to reset the date to today, delete all notes and zero the total times for All Rows?");
+inline const QString MWResetRow = QStringLiteral("Reset Row");
+inline const QString MWResetRowQuestionNote =
+    QStringLiteral("OK to reset the selected row's date to today, delete the note and zero the total time?");
+inline const QString MWResetRowQuestion =
+    QStringLiteral("OK to reset the selected row's date to today and zero the total time?");
+
+inline const QString EMAddJob = QStringLiteral("Add Job...");
+inline const QString EMDupeJob = QStringLiteral("Duplicate Job...");
+inline const QString EMJobDetails = QStringLiteral("Job Details\u2026");
+inline const QString EMJobNotes = QStringLiteral("Job Notes...");
+inline const QString EMDeleteJob = QStringLiteral("Delete Job...");
+inline const QString EMReset = QStringLiteral("Reset Row...");
+inline const QString EMResetAll = QStringLiteral("Reset All Rows...");
+} // namespace Tr

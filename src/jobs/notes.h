@@ -1,0 +1,110 @@
+#pragma once
+
+#include "core/appprefs.h"
+#include "core/mainwndo.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+
+#include <QRect>
+
+namespace clients
+{
+class ClientView;
+}
+
+namespace jobs
+{
+
+// The note editor of the selected row. The only way out is saveit: closing the window saves too.
+class Notewin : public platform::ModalForm
+{
+public:
+    inline static const QString kNWTitleTxt = QStringLiteral("Notes:");
+    inline static const QString kNWDescriptionTxt = QStringLiteral("Notes for the selected job:");
+    inline static const QString kNWSaveTxt = QStringLiteral("Save");
+    inline static const QString kNWRoomLeft = QStringLiteral("Room left: %1 bytes");
+    inline static const QString kNWFull = QStringLiteral("The note is full: a longer note would not fit the file.");
+    inline static const QString kNWSaved = QStringLiteral("saveit");
+
+    // Colours of the text field, as 0xRRGGBB.
+    static constexpr unsigned kFieldBack = 0xFFFCDF;
+    static constexpr unsigned kFieldText = 0x000000;
+    static constexpr unsigned kFieldBackDark = 0xFF9933;
+    static constexpr unsigned kFieldTextDark = 0x424242;
+    static constexpr int kWidth = 400;
+    static constexpr int kHeight = 220;
+
+    // What a key does in the text field.
+    enum class Key
+    {
+        Type,      // goes into the text
+        Swallow,   // beeps and goes nowhere
+        Save,      // presses saveit
+        SelectAll, // selects all text
+    };
+
+    explicit Notewin(platform::Desktop& desktop) : m_desktop(desktop) {}
+    QString formName() const override { return QStringLiteral("notewin"); }
+
+    QString EditField1;
+    int top = 0;
+    int left = 0;
+    bool full = false; // the last input was refused: the view says so
+
+    void Event_Open(const QString& note, const QRect& screen);
+    // The text the field would hold after an input. Refused when the note would no longer fit the file,
+    // unless it does not grow (a long note written elsewhere can still be shortened).
+    bool EditField1_TextChange(const QString& proposed);
+    Key EditField1_KeyDown(int key, bool shift, bool ctrl);
+    void saveit_Action() { ButtonPressed = kNWSaved; }
+    // Bytes of UTF-8 still free.
+    int roomLeft() const;
+    QString roomLeftText() const { return kNWRoomLeft.arg(std::max(0, roomLeft())); }
+    // The text saveit stores: all of it, or the longest start of it that fits.
+    QString savedText() const;
+
+private:
+    platform::Desktop& m_desktop;
+};
+
+// Notes of the main window: the editor, the note strip under the list and its menu item.
+class Notes
+{
+public:
+    struct Services
+    {
+        platform::Desktop& desktop;
+        platform::Dialogs& dialogs;
+        clients::ClientView& clientView;
+    };
+
+    // Colours of the note strip, as 0xRRGGBB.
+    static constexpr unsigned kStripBack = 0xFFFFE5;
+    static constexpr unsigned kStripBackDark = 0xFF9933;
+    static constexpr unsigned kStripText = 0x5A5A5A;
+    // Height the strip takes from the list.
+    static constexpr int kStripHeight = 21;
+
+    Notes(core::Mainwndo& window, core::AppPrefs& prefs, Services services) : m_w(window), m_prefs(prefs), m_s(services)
+    {}
+
+    // Shows notewin for the selected row; saving writes the note tag, the strip and ListBox2's copy.
+    void _notey_Action();
+    void saveit_Action(const QString& text);
+    // Toggles the strip; the answer is the menu item's new text.
+    QString _shwnts_Action(const QString& itemText);
+    // The menu item's text for the strip as the settings left it.
+    QString shwntsCaption() const { return m_prefs.nteon ? Tr::VMHideNotes : Tr::VMShowNotes; }
+    // At start-up: the strip as it was left.
+    void restoreStrip();
+
+    // What the strip shows of a note: its lines joined on one line.
+    static QString noteStripText(const QString& note);
+
+private:
+    core::Mainwndo& m_w;
+    core::AppPrefs& m_prefs;
+    Services m_s;
+};
+
+} // namespace jobs

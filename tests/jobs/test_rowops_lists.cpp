@@ -1,0 +1,196 @@
+// How the job lists answer heading presses, keys and the context menu.
+#include "jobs/listbehaviour.h"
+#include "jobs/notes.h"
+#include "jobs/rowops.h"
+#include "support/listfixture.h"
+
+#include <QtTest>
+
+#include <random>
+
+using namespace core;
+using jobs::ListBehaviour;
+
+class TestListBehaviour : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<testing::ListFixture> f;
+    std::unique_ptr<jobs::RowOps> ops;
+    std::unique_ptr<jobs::Notes> notes;
+    std::unique_ptr<ListBehaviour> lists;
+    QStringList commands;
+
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    void init()
+    {
+        commands.clear();
+        f = std::make_unique<testing::ListFixture>();
+        ops = std::make_unique<jobs::RowOps>(
+            f->w, jobs::RowOps::Services{f->clock, f->desktop, f->dialogs, f->hooks, f->view});
+        notes = std::make_unique<jobs::Notes>(f->w, f->prefs, jobs::Notes::Services{f->desktop, f->dialogs, f->view});
+        ListBehaviour::Commands c;
+        c.doeditjob = [this] { commands << QStringLiteral("doeditjob"); };
+        c.clone = [this] { commands << QStringLiteral("clone"); };
+        c.donewjob = [this] { commands << QStringLiteral("donewjob"); };
+        lists = std::make_unique<ListBehaviour>(
+            f->w, ListBehaviour::Services{f->clock, f->desktop, f->view, *ops, *notes}, c);
+    }
+
+    void cleanup()
+    {
+        QVERIFY2(f->dialogs.errors.isEmpty(), qPrintable(f->dialogs.errors.join(QLatin1Char('\n'))));
+        QVERIFY(f->dialogs.scriptDone());
+    }
+
+    void dateHeadingSortsByDayAndFlips()
+    {
+        f->add(QStringLiteral("11/2/26"), QStringLiteral("B"));
+        f->add(QStringLiteral("1/15/27"), QStringLiteral("D"));
+        f->add(QStringLiteral("soon"), QStringLiteral("D2")); // takes the key of the row before it
+        f->add(QStringLiteral("9/30/26"), QStringLiteral("A"));
+        f->add(QStringLiteral("11/20/26"), QStringLiteral("C")).setCell(CellLink, QStringLiteral("77"));
+        f->w.setListIndex(0);
+
+        const auto shown = lists->SortColumn(1, CellDate);
+        QCOMPARE(shown.column, -1); // no heading stays pressed
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox1), (QStringList{"A", "B", "C", "D", "D2"}));
+        QCOMPARE(f->w.ListBox1.Cell(0, CellSortKey), QString::number(totalSeconds(QDate(2026, 9, 30))));
+        QCOMPARE(f->w.ListBox1.Cell(4, CellSortKey), f->w.ListBox1.Cell(3, CellSortKey));
+        QCOMPARE(f->w.ListBox1.ListIndex, 1); // the selection went with its row
+        QCOMPARE(f->w.sortdirection, -1);
+        QVERIFY(!f->w.boxchange);
+        // Empty links are numbered in row order, the one set is kept.
+        QStringList links;
+        for (const JobRow& row : f->w.ListBox1.rows)
+            links << row.cell(CellLink);
+        QCOMPARE(links, (QStringList{"3", "0", "77", "1", "2"}));
+
+        lists->SortColumn(1, CellDate);
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox1), (QStringList{"D", "D2", "C", "B", "A"}));
+        QCOMPARE(f->w.sortdirection, 1);
+        QVERIFY(!f->w.boxchange);
+    }
+
+    void dateSortIsStableOnLargeLists()
+    {
+        std::mt19937 random(7);
+        const int rows = 100000;
+        for (int i = 0; i < rows; ++i)
+            f->add(shortDate(QDate(2026, 1, 1).addDays(int(random() % 300))), QString::number(i));
+        for (int direction : {1, -1}) {
+            lists->SortColumn(1, CellDate);
+            const Timesheet& sheet = f->w.ListBox1;
+            QCOMPARE(sheet.ListCount(), rows);
+            for (int i = 1; i < rows; ++i) {
+                const qint64 a = sheet.Cell(i - 1, CellSortKey).toLongLong();
+                const qint64 b = sheet.Cell(i, CellSortKey).toLongLong();
+                if (direction == 1 ? a > b : a < b)
+                    QFAIL(qPrintable(QStringLiteral("out of order at %1").arg(i)));
+                if (a == b && Val(sheet.Cell(i - 1, CellJob)) > Val(sheet.Cell(i, CellJob)))
+                    QFAIL(qPrintable(QStringLiteral("rows of one day changed order at %1").arg(i)));
+            }
+        }
+    }
+
+    void textHeadingsMarkTheDocument()
+    {
+        f->add(f->day(), QStringLiteral("b2"));
+        f->add(f->day(), QStringLiteral("A1"));
+        f->add(f->day(), QStringLiteral("a1"));
+        f->add(f->day(), QStringLiteral("B1"));
+        auto shown = lists->SortColumn(1, CellJob);
+        QCOMPARE(shown.column, int(CellJob));
+        QCOMPARE(shown.order, Qt::AscendingOrder);
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox1), (QStringList{"A1", "a1", "B1", "b2"}));
+        QVERIFY(f->w.boxchange);
+        shown = lists->SortColumn(1, CellJob);
+        QCOMPARE(shown.order, Qt::DescendingOrder);
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox1), (QStringList{"b2", "B1", "A1", "a1"}));
+    }
+
+    void headingOfTheClientViewSortsTheWholeList()
+    {
+        f->writeClients({QStringLiteral("Acme")});
+        f->add(f->day(), QStringLiteral("Z"), QStringLiteral("Acme"));
+        f->add(f->day(), QStringLiteral("M"), QStringLiteral("Other"));
+        f->add(f->day(), QStringLiteral("A"), QStringLiteral("Acme"));
+        f->pickClient(QStringLiteral("Acme"));
+        f->view.setListBox2Index(1); // "A"
+        QCOMPARE(f->w.ListBox1.ListIndex, 2);
+
+        lists->SortColumn(2, CellJob);
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox1), (QStringList{"A", "M", "Z"}));
+        QCOMPARE(testing::ListFixture::jobs(f->w.ListBox2), (QStringList{"A", "Z"}));
+        QVERIFY(f->w.boxchange);
+        // The link of every copy still names its row of the whole list.
+        for (const JobRow& copy : f->w.ListBox2.rows)
+            QCOMPARE(f->w.ListBox1.Cell(Val(copy.cell(CellLink)), CellJob), copy.cell(CellJob));
+        QCOMPARE(f->w.ListBox2.selected().cell(CellJob), QStringLiteral("A"));
+        QCOMPARE(f->w.ListBox1.selected().cell(CellJob), QStringLiteral("A"));
+    }
+
+    void keys_data()
+    {
+        QTest::addColumn<bool>("selected");
+        QTest::addColumn<QChar>("key");
+        QTest::addColumn<bool>("taken");
+        QTest::addColumn<QString>("command");
+        QTest::newRow("Return edits") << true << QChar(13) << true << QStringLiteral("doeditjob");
+        QTest::newRow("Enter edits") << true << QChar(3) << true << QStringLiteral("doeditjob");
+        QTest::newRow("Backspace deletes") << true << QChar(8) << true << QStringLiteral("aresure");
+        QTest::newRow("other keys pass") << true << QChar('x') << false << QString();
+        QTest::newRow("nothing without a row") << false << QChar(8) << false << QString();
+    }
+
+    void keys()
+    {
+        QFETCH(bool, selected);
+        QFETCH(QChar, key);
+        QFETCH(bool, taken);
+        QFETCH(QString, command);
+        f->add(f->day(), QStringLiteral("J1"));
+        f->w.setListIndex(selected ? 0 : -1);
+        if (command == QStringLiteral("aresure"))
+            f->dialogs.expectModal(command, [](platform::ModalForm& form) { form.ButtonPressed = Tr::MWButtonCancel; });
+        QCOMPARE(lists->ListBox_KeyDown(1, key), taken);
+        QCOMPARE(commands, command == QStringLiteral("doeditjob") ? QStringList{command} : QStringList{});
+    }
+
+    void contextMenuShowsTheTotals()
+    {
+        QCOMPARE(lists->ConstructContextualMenu(1), (QList<jobs::MenuItem>{{Tr::EMAddJob}}));
+        lists->ContextualMenuAction(Tr::EMAddJob);
+        QCOMPARE(commands, QStringList{"donewjob"});
+
+        f->add(f->day(), QStringLiteral("J1"), QString(), 70);
+        f->add(f->day(-1), QStringLiteral("j1"), QString(), 65);
+        f->add(f->day(), QStringLiteral("J2"), QString(), 5);
+        f->w.setListIndex(0);
+        const QList<jobs::MenuItem> menu = lists->ConstructContextualMenu(1);
+        const QList<jobs::MenuItem> expected{{Tr::EMDupeJob},
+                                             {Tr::EMJobDetails},
+                                             {Tr::EMJobNotes},
+                                             {},
+                                             {QStringLiteral("Job Total - 02:15"), false},
+                                             {QStringLiteral("Day Total - 01:15"), false},
+                                             {},
+                                             {Tr::EMDeleteJob}};
+        QCOMPARE(menu, expected);
+
+        lists->ContextualMenuAction(Tr::EMDupeJob);
+        lists->ContextualMenuAction(Tr::EMJobDetails);
+        QCOMPARE(commands, (QStringList{"donewjob", "clone", "doeditjob"}));
+        f->dialogs.expectModal(QStringLiteral("notewin"), [](platform::ModalForm& form) { form.ButtonPressed = "x"; });
+        lists->ContextualMenuAction(Tr::EMJobNotes);
+        f->dialogs.expectModal(QStringLiteral("aresure"),
+                               [](platform::ModalForm& form) { form.ButtonPressed = Tr::MWButtonOK; });
+        lists->ContextualMenuAction(Tr::EMDeleteJob);
+        QCOMPARE(f->w.ListBox1.ListCount(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListBehaviour)
+#include "test_rowops_lists.moc"

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "clients/clientview.h"
+#include "core/mainwndo.h"
+#include "core/timetext.h"
+#include "storage/clients_file.h"
+#include "support/fakes.h"
+#include "support/memorystore.h"
+
+namespace testing
+{
+
+// Counts the calls the main window makes upward; the rollover's rebuild goes to the client view.
+class ListHooks : public core::MainwndoHooks
+{
+public:
+    void budgetcheck() override { ++budgetchecks; }
+    void budgetcheck2() override { ++budgetcheck2s; }
+    void populatelistbox2() override
+    {
+        ++rebuilds;
+        if (view)
+            view->rebuildFollowingListBox1();
+    }
+
+    clients::ClientView* view = nullptr;
+    int budgetchecks = 0;
+    int budgetcheck2s = 0;
+    int rebuilds = 0;
+};
+
+// A main window with its client view over fakes: fixed clock, scripted windows, files in memory.
+struct ListFixture
+{
+    inline static const QString kClientsPath = QStringLiteral("/prefs/VLK8Contacts");
+
+    core::AppPrefs prefs;
+    FakeClock clock;
+    FakeDesktop desktop;
+    ScriptedDialogs dialogs;
+    FakeTimers timers;
+    ListHooks hooks;
+    MemoryFileStore files;
+    core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, hooks}};
+    clients::ClientView view{w, {desktop, hooks, files, kClientsPath}};
+
+    ListFixture()
+    {
+        hooks.view = &view;
+        w.xpath = QStringLiteral("/docs/test.vlk");
+        view.clientlist2_Open();
+    }
+
+    QString day(int offset = 0) const { return core::shortDate(clock.now().date().addDays(offset)); }
+
+    // Adds a row at the end: date, job, client, minutes in all, note.
+    core::JobRow& add(const QString& date, const QString& job, const QString& client = QString(), int minutes = 0,
+                      const QString& note = QString())
+    {
+        core::JobRow row;
+        row.setCell(core::CellDate, date);
+        row.setCell(core::CellJob, job);
+        row.setCell(core::CellProject, QStringLiteral("P-") + job);
+        row.setMinutes(minutes);
+        row.setCell(core::CellOperation, QStringLiteral("Design"));
+        row.setCell(core::CellClient, client);
+        row.run = minutes > 0 ? core::kRunStopped : core::kRunNever;
+        row.note = note;
+        row.user = QStringLiteral("Default User");
+        w.ListBox1.AddRow(row);
+        return w.ListBox1.rows.back();
+    }
+
+    // The job numbers of a list, top to bottom.
+    static QStringList jobs(const core::Timesheet& list)
+    {
+        QStringList out;
+        for (const core::JobRow& row : list.rows)
+            out << row.cell(core::CellJob);
+        return out;
+    }
+
+    void writeClients(const QStringList& names) { files.files[kClientsPath] = storage::encodeClientList(names); }
+
+    // Opens the folder and picks the client by name.
+    void pickClient(const QString& name)
+    {
+        if (!view.expanded())
+            view.clientlist2_ExpandRow();
+        for (int r = 1; r < view.clientlist2RowCount(); ++r) {
+            if (view.clientlist2Row(r) == name) {
+                view.setClientlist2Index(r);
+                return;
+            }
+        }
+    }
+};
+
+} // namespace testing
