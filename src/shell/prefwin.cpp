@@ -51,9 +51,6 @@ QString prefwin::macRomanOnly(const QString& text)
 
 void prefwin::Event_Open(const QStringList& systemFonts)
 {
-    // Setting up the slider would write its starting value over the stored opacity.
-    const int noted = m_prefs.statustrans;
-
     readlocaljob();
     EditField1 = m_prefs.usrname.left(kNameLength);
 
@@ -72,13 +69,10 @@ void prefwin::Event_Open(const QStringList& systemFonts)
     prefRadioExcel = m_prefs.exportFormat == QLatin1String("xls");
     prefRadioText = !prefRadioExcel;
 
-    switch (m_prefs.waittime) {
-    case 0: noactivpop = 0; break;
-    case 5: noactivpop = 1; break;
-    case 10: noactivpop = 2; break;
-    case 15: noactivpop = 3; break;
-    default: break; // an odd stored value leaves the pop-up as it was made
-    }
+    // An odd stored value leaves the pop-up on the row it was made with.
+    for (int row = 0; row < kNoactivRows.size(); ++row)
+        if (m_prefs.waittime == kNoactivMinutes[row])
+            noactivpop = row;
     formatMenu = m_prefs.xprtEncoding >= 1 && m_prefs.xprtEncoding <= 3 ? m_prefs.xprtEncoding : 0;
     checkupdates = m_prefs.updatetime >= 0 && m_prefs.updatetime <= 3 ? m_prefs.updatetime : 0;
     Typesize_Open();
@@ -92,8 +86,8 @@ void prefwin::Event_Open(const QStringList& systemFonts)
         Left = screen.left() + screen.width() / 2 - Width / 2;
     }
 
-    m_prefs.statustrans = noted;
-    Slider1.Value = qBound(kSliderMinimum, noted, kSliderMaximum);
+    // The slider shows the stored opacity without writing it back.
+    Slider1.Value = qBound(kSliderMinimum, m_prefs.statustrans, kSliderMaximum);
     Transvalue = QString::number(Slider1.Value) + QLatin1Char('%');
     if (m_s.hooks.timesheetOpen()) {
         statusshow.Enabled = true;
@@ -186,9 +180,8 @@ void prefwin::lstfont_Change(int row)
 
 void prefwin::noactivpop_Change(int row)
 {
-    static constexpr int kMinutes[] = {0, 5, 10, 15};
-    noactivpop = row >= 0 && row < 4 ? row : 0;
-    m_prefs.waittime = kMinutes[noactivpop];
+    noactivpop = row >= 0 && row < kNoactivRows.size() ? row : 0;
+    m_prefs.waittime = kNoactivMinutes[noactivpop];
     // The idle watch counts from this moment, not from a position seen long ago.
     const QPoint mouse = m_s.desktop.mousePosition();
     m_prefs.positionx = mouse.x();
@@ -275,6 +268,7 @@ void prefwin::readlocaljob()
     StaticText11.Visible = true;
     newdesc.Enabled = true;
     newopp.Enabled = true;
+    newopp.Visible = true;
     opplistnowEnabled = true;
     StaticText1.Text = kPrefNOTxt;
 
@@ -323,6 +317,7 @@ void prefwin::showGroupList(bool found)
     StaticText1.Text = found ? kPrefGStatus : kPrefGStatusError;
     StaticText11.Visible = false;
     newopp.Enabled = false;
+    newopp.Visible = false;
     newdesc.Enabled = false;
     opplistnowEnabled = false;
     addnew.Enabled = false;
@@ -433,7 +428,8 @@ void prefwin::exportlist_Action()
         text += copyCell(operation.name) + QLatin1Char('\t') + copyCell(operation.description) + QLatin1Char('\n');
         gate.step();
     }
-    const platform::Result written = m_s.files.write(m_s.desktopFolder + QLatin1Char('/') + kPrefCopyName, text.toUtf8());
+    const platform::Result written =
+        m_s.files.write(m_s.desktopFolder + QLatin1Char('/') + kPrefCopyName, text.toUtf8());
     if (!written.ok()) {
         m_s.desktop.beep();
         m_s.dialogs.message(kPrefCopyFailed + QStringLiteral("\n\n") + written.message);

@@ -110,13 +110,13 @@ public:
         QStringLiteral("Updates come from your system's package manager; Veltrick does not look for them itself.");
     inline static const QStringList kNoactivRows = {QStringLiteral("OFF"), QStringLiteral(" 5 Min"),
                                                     QStringLiteral("10 Min"), QStringLiteral("15 Min")};
+    static constexpr int kNoactivMinutes[] = {0, 5, 10, 15};
     inline static const QStringList kTypesizeRows = {QStringLiteral("9 pt"), QStringLiteral("10 pt"),
                                                      QStringLiteral("11 pt"), QStringLiteral("12 pt")};
     // The settings value that stands for the toolkit's default font.
     inline static const QString kSystemFont = QStringLiteral("System");
 
     // Operation List tab.
-    inline static const QString kMWDescription = QStringLiteral("Description");
     inline static const QString kPrefNOTxt = QStringLiteral("New Operation:");
     inline static const QString kPrefDescTxt = QStringLiteral("Description:");
     inline static const QString kPSAddBtn = QStringLiteral("Add");
@@ -226,7 +226,7 @@ public:
     void checkupdates_Change(int row);
 
     void readlocaljob();
-    bool oplistupdate(); // false: the file could not be written, and the user has been told
+    bool oplistupdate();            // false: the file could not be written, and the user has been told
     bool newopp_KeyDown(QChar key); // true: the key is swallowed
     void newopp_TextChange(const QString& text);
     void newdesc_TextChange(const QString& text) { newdesc.Text = text.left(kDescriptionLength); }

@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QFontDatabase>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -22,7 +23,6 @@
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QTabWidget>
-#include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -114,7 +114,8 @@ QWidget* PrefwinView::buildGeneral()
     m_Typesize = named(new QComboBox(page), QStringLiteral("Typesize"));
     m_Typesize->addItems(prefwin::kTypesizeRows);
     form->addRow(prefwin::kPrefFontSize, m_Typesize);
-    connect(m_Typesize, &QComboBox::activated, this, [this](int row) { forward([&] { m_form.Typesize_Change(row); }); });
+    connect(m_Typesize, &QComboBox::activated, this,
+            [this](int row) { forward([&] { m_form.Typesize_Change(row); }); });
 
     auto check = [&](QCheckBox*& box, const QString& caption, const QString& name, void (prefwin::*action)(bool)) {
         box = named(new QCheckBox(caption, page), name);
@@ -170,9 +171,7 @@ QWidget* PrefwinView::buildOperations()
     auto* layout = new QVBoxLayout(page);
 
     auto* top = new QHBoxLayout;
-    m_Canvas1 = named(new QToolButton(page), QStringLiteral("Canvas1"));
-    m_Canvas1->setPopupMode(QToolButton::InstantPopup);
-    m_Canvas1->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    m_Canvas1 = button(QString(), QStringLiteral("Canvas1"), page);
     auto* menu = new QMenu(m_Canvas1);
     auto* choices = new QActionGroup(menu);
     const QStringList captions{prefwin::kPrefButtonUser, prefwin::kPrefButtonGroup};
@@ -192,7 +191,7 @@ QWidget* PrefwinView::buildOperations()
 
     m_opplistnow = named(new QTreeWidget(page), QStringLiteral("opplistnow"));
     m_opplistnow->setColumnCount(2);
-    m_opplistnow->setHeaderLabels({Tr::MWOperation, prefwin::kMWDescription});
+    m_opplistnow->setHeaderLabels({Tr::MWOperation, Tr::MWDescription});
     m_opplistnow->setRootIsDecorated(false);
     m_opplistnow->setUniformRowHeights(true);
     m_opplistnow->setAlternatingRowColors(true);
@@ -216,23 +215,27 @@ QWidget* PrefwinView::buildOperations()
         forward([&] { m_form.opplistnow_DoubleClick(); });
         m_newopp->setFocus();
     });
+    m_opplistnow->viewport()->installEventFilter(this);
     layout->addWidget(m_opplistnow, 1);
 
-    auto* fields = new QFormLayout;
-    fields->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    // A grid rather than a form: with a group list the status text in StaticText1 takes the whole row.
+    auto* fields = new QGridLayout;
+    fields->setColumnStretch(1, 1);
     m_StaticText1 = named(new QLabel(page), QStringLiteral("StaticText1"));
     m_newopp = named(new QLineEdit(page), QStringLiteral("newopp"));
     m_newopp->setMaxLength(prefwin::kNameLength);
     m_newopp->installEventFilter(this);
     connect(m_newopp, &QLineEdit::textEdited, this,
             [this](const QString& text) { forward([&] { m_form.newopp_TextChange(text); }); });
-    fields->addRow(m_StaticText1, m_newopp);
+    fields->addWidget(m_StaticText1, 0, 0);
+    fields->addWidget(m_newopp, 0, 1);
     m_StaticText11 = named(new QLabel(prefwin::kPrefDescTxt, page), QStringLiteral("StaticText11"));
     m_newdesc = named(new QLineEdit(page), QStringLiteral("newdesc"));
     m_newdesc->setMaxLength(prefwin::kDescriptionLength);
     connect(m_newdesc, &QLineEdit::textEdited, this,
             [this](const QString& text) { forward([&] { m_form.newdesc_TextChange(text); }); });
-    fields->addRow(m_StaticText11, m_newdesc);
+    fields->addWidget(m_StaticText11, 1, 0);
+    fields->addWidget(m_newdesc, 1, 1);
     layout->addLayout(fields);
 
     auto* buttons = new QHBoxLayout;
@@ -274,7 +277,8 @@ QWidget* PrefwinView::buildExport()
     check(m_xblnkcol, prefwin::kPrefEOBlkCol, QStringLiteral("xblnkcol"), &prefwin::xblnkcol_Action, group);
     m_prefRadioExcel = named(new QRadioButton(prefwin::kPrefMSExcelFile, group), QStringLiteral("prefRadioExcel"));
     m_prefRadioText = named(new QRadioButton(prefwin::kPrefTextFile, group), QStringLiteral("prefRadioText"));
-    connect(m_prefRadioExcel, &QRadioButton::clicked, this, [this] { forward([&] { m_form.prefRadioExcel_Action(); }); });
+    connect(m_prefRadioExcel, &QRadioButton::clicked, this,
+            [this] { forward([&] { m_form.prefRadioExcel_Action(); }); });
     connect(m_prefRadioText, &QRadioButton::clicked, this, [this] { forward([&] { m_form.prefRadioText_Action(); }); });
     for (QWidget* w : std::initializer_list<QWidget*>{m_xblnkrow, m_xblnkcol, m_prefRadioExcel, m_prefRadioText})
         inGroup->addWidget(w);
@@ -355,6 +359,7 @@ void PrefwinView::refresh()
     m_newdesc->setVisible(m_form.StaticText11.Visible);
     setText(m_newopp, m_form.newopp.Text);
     m_newopp->setEnabled(m_form.newopp.Enabled);
+    m_newopp->setVisible(m_form.newopp.Visible);
     setText(m_newdesc, m_form.newdesc.Text);
     m_newdesc->setEnabled(m_form.newdesc.Enabled);
     m_addnew->setText(m_form.addnew.Caption);
@@ -395,15 +400,6 @@ void PrefwinView::keepColumnWidth()
         m_opplistnow->setColumnWidth(0, wanted);
 }
 
-void PrefwinView::showEvent(QShowEvent* event)
-{
-    QDialog::showEvent(event);
-    if (!m_columnSet) {
-        m_columnSet = true;
-        m_opplistnow->setColumnWidth(0, m_opplistnow->viewport()->width() * 2 / 5);
-    }
-}
-
 void PrefwinView::closeEvent(QCloseEvent* event)
 {
     if (m_form.closed())
@@ -414,6 +410,14 @@ void PrefwinView::closeEvent(QCloseEvent* event)
 
 bool PrefwinView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == m_opplistnow->viewport() && (event->type() == QEvent::Resize || event->type() == QEvent::Show)) {
+        // The list gets its real width only when its tab first shows: that is when the columns are set.
+        if (!m_columnSet && m_opplistnow->viewport()->isVisible()) {
+            m_columnSet = true;
+            m_opplistnow->setColumnWidth(0, m_opplistnow->viewport()->width() * 2 / 5);
+        }
+        keepColumnWidth();
+    }
     if (watched == m_newopp && event->type() == QEvent::KeyPress) {
         const QString text = static_cast<QKeyEvent*>(event)->text();
         if (text.size() == 1 && m_form.newopp_KeyDown(text.front()))

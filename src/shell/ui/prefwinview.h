@@ -12,7 +12,6 @@ class QPushButton;
 class QRadioButton;
 class QSlider;
 class QTabWidget;
-class QToolButton;
 class QTreeWidget;
 
 namespace platform::qt
@@ -37,7 +36,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -81,7 +79,7 @@ private:
     QPushButton* m_addnew;
     QPushButton* m_killthis;
     QPushButton* m_exportlist;
-    QToolButton* m_Canvas1;
+    QPushButton* m_Canvas1;
 
     QCheckBox* m_xdate;
     QCheckBox* m_xheader;

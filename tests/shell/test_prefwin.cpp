@@ -1,0 +1,411 @@
+// The preferences window's form: settings written at once, the operations list and its file, the save.
+#include "shell/prefwin.h"
+#include "support/fakes.h"
+#include "support/memorystore.h"
+
+#include <QtTest>
+
+#include <functional>
+
+using namespace shell;
+using storage::Operation;
+using storage::OperationList;
+
+using Change = std::function<void(prefwin&)>;
+using Expect = std::function<void(core::AppPrefs&)>;
+Q_DECLARE_METATYPE(Change)
+Q_DECLARE_METATYPE(Expect)
+
+namespace
+{
+
+const QString kOps = QStringLiteral("/config/Veltrick/VK8 Opps List");
+const QString kDesk = QStringLiteral("/home/u/Desktop");
+
+// Records what the window asks of the rest of the program.
+struct Hooks : PrefwinHooks
+{
+    bool open = false;
+    int screen = 0;
+    QStringList calls;
+    double opacity = -1;
+
+    bool timesheetOpen() const override { return open; }
+    int windScreen() const override { return screen; }
+    void netLinkStop() override { calls << QStringLiteral("stop"); }
+    void netLinkListen() override { calls << QStringLiteral("listen"); }
+    void showStatusWindow() override { calls << QStringLiteral("show"); }
+    void hideStatusWindow() override { calls << QStringLiteral("hide"); }
+    void setStatusOpacity(double value) override { opacity = value; }
+    void applyListFont(const QString& font, int size) override { calls << font + QString::number(size); }
+    void refreshOppsList() override { calls << QStringLiteral("refresh"); }
+    void saveprefs() override { calls << QStringLiteral("saveprefs"); }
+};
+
+OperationList someOperations(int count)
+{
+    OperationList list;
+    for (int i = 0; i < count; ++i)
+        list.append({QStringLiteral("Op%1").arg(i), QString()});
+    return list;
+}
+
+} // namespace
+
+class TestPrefwin : public QObject
+{
+    Q_OBJECT
+
+    core::AppPrefs prefs;
+    testing::ScriptedDialogs dialogs;
+    testing::FakeDesktop desktop;
+    testing::MemoryFileStore files;
+    Hooks hooks;
+
+    prefwin::Services services() { return {prefs, dialogs, desktop, files, hooks, kOps, kDesk}; }
+    OperationList stored() const { return storage::decodeOperations(files.files.value(kOps)); }
+    void add(prefwin& form, const QString& name, const QString& description = QString())
+    {
+        form.newopp_TextChange(name);
+        form.newdesc_TextChange(description);
+        form.addnew_Action();
+    }
+
+private slots:
+    void init()
+    {
+        prefs = {};
+        dialogs = {};
+        desktop = {};
+        files.files.clear();
+        files.failWrites = false;
+        hooks = {};
+    }
+    void cleanup() { QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(u'\n'))); }
+
+    void firstRunLeavesOnlyWithAnOperation()
+    {
+        // The start-up path: the window opens on the operations tab and the save refuses an empty list.
+        prefwin form(services());
+        form.TabPanel1 = 1;
+        dialogs.expectModal(QStringLiteral("prefwin"), [&](platform::ModalForm& shown) {
+            auto& w = static_cast<prefwin&>(shown);
+            w.Event_Open({});
+            w.TabPanel1_Change(0);
+            w.Saveprefa_Action();
+            QVERIFY(!w.closed());
+            QCOMPARE(w.TabPanel1, 1);
+            QCOMPARE(desktop.beeps, 1);
+            QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefAddOperation});
+            QVERIFY(!hooks.calls.contains(QStringLiteral("saveprefs")));
+            add(w, QStringLiteral("Design"));
+            w.Saveprefa_Action();
+        });
+        dialogs.showModal(form);
+        QVERIFY(form.closed());
+        QCOMPARE(stored(), (OperationList{{QStringLiteral("Design"), QString()}}));
+        QCOMPARE(hooks.calls.count(QStringLiteral("saveprefs")), 1);
+    }
+
+    void removingTheLastOperationLeavesCountZero()
+    {
+        files.files[kOps] = storage::encodeOperations({{QStringLiteral("Design"), QStringLiteral("Drawing")}});
+        prefwin form(services());
+        form.Event_Open({});
+        form.opplistnow_Change(0);
+        QCOMPARE(form.addnew.Caption, prefwin::kPrefAddChange);
+        QCOMPARE(form.newdesc.Text, QStringLiteral("Drawing"));
+        form.killthis_Action();
+        QCOMPARE(files.files.value(kOps), QByteArray(1, '\0'));
+        QCOMPARE(form.addnew.Caption, prefwin::kPSAddBtn);
+        QVERIFY(!form.killthis.Enabled);
+        form.Saveprefa_Action();
+        QVERIFY(!form.closed());
+        QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefAddOperation});
+    }
+
+    void typedOperationsAreStoredAsTyped_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<Operation>("expected");
+        QTest::newRow("ampersand") << "R&D"
+                                   << "Lab & bench" << Operation{"R&D", "Lab & bench"};
+        QTest::newRow("non-ASCII") << "Café ☕"
+                                   << "Größe 東京" << Operation{"Café ☕", "Größe 東京"};
+        QTest::newRow("pasted dash") << "Pre-press"
+                                     << "" << Operation{"Prepress", ""};
+        QTest::newRow("long name") << QString(30, u'n') << QString(100, u'd')
+                                   << Operation{QString(20, u'n'), QString(90, u'd')};
+    }
+    void typedOperationsAreStoredAsTyped()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, description);
+        QFETCH(Operation, expected);
+        prefwin form(services());
+        form.Event_Open({});
+        add(form, name, description);
+        QCOMPARE(stored(), OperationList{expected});
+        QCOMPARE(form.opplistnow, OperationList{expected});
+        QVERIFY(form.newopp.Text.isEmpty() && form.newdesc.Text.isEmpty());
+    }
+
+    void changingARowOverwritesIt()
+    {
+        files.files[kOps] = storage::encodeOperations(someOperations(3));
+        prefwin form(services());
+        form.Event_Open({});
+        form.opplistnow_Change(1);
+        form.newopp_TextChange(QStringLiteral("Edited"));
+        form.addnew_Action();
+        QCOMPARE(stored().at(1).name, QStringLiteral("Edited"));
+        QCOMPARE(stored().size(), 3);
+        QCOMPARE(form.opplistnowIndex, -1);
+        QCOMPARE(hooks.calls, QStringList{QStringLiteral("refresh")});
+    }
+
+    void the128thOperationIsRefused()
+    {
+        files.files[kOps] = storage::encodeOperations(someOperations(storage::kMaxOperations));
+        prefwin form(services());
+        form.Event_Open({});
+        const int writes = files.writes;
+        add(form, QStringLiteral("One too many"));
+        QCOMPARE(form.opplistnow.size(), storage::kMaxOperations);
+        QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefListFull});
+        QCOMPARE(desktop.beeps, 1);
+        QCOMPARE(files.writes, writes);
+        QCOMPARE(form.newopp.Text, QStringLiteral("One too many")); // kept for after a removal
+        form.opplistnow_Change(126);                                // a full list can still be edited
+        form.newopp_TextChange(QStringLiteral("Last"));
+        form.addnew_Action();
+        QCOMPARE(stored().last().name, QStringLiteral("Last"));
+    }
+
+    void openingShowsTheSettings()
+    {
+        prefs.rmteops = QStringLiteral("/shared/ops");
+        prefs.waittime = 7;
+        prefs.fontsize = 14;
+        prefs.chosefont = prefwin::kSystemFont;
+        prefs.exportFormat = QStringLiteral("txt");
+        prefs.xprtEncoding = 9;
+        prefs.netlook = true;
+        prefs.statustrans = 55;
+        hooks.screen = 1;
+        desktop.screenList = {QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
+        prefwin form(services());
+        form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans")});
+        QVERIFY(prefs.rmteops.isEmpty()); // opening ends the use of a group list
+        QCOMPARE(form.noactivpop, 0);
+        QCOMPARE(form.Typesize, 3);
+        QCOMPARE(prefs.fontsize, 14);
+        QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans"}));
+        QVERIFY(form.prefRadioText && !form.prefRadioExcel);
+        QCOMPARE(form.formatMenu, 0);
+        QVERIFY(form.netconnect.Value && form.restartWeb.Enabled);
+        QCOMPARE(form.Left, 1920 + 640 - prefwin::Width / 2);
+        QCOMPARE(form.Top, 512 - prefwin::Height / 2);
+        QVERIFY(!form.statusshow.Enabled && !form.Slider1.Enabled); // no timesheet, no strip
+        QCOMPARE(prefs.statustrans, 55);
+
+        hooks.open = true;
+        hooks.screen = 4; // a screen that is gone: the main one
+        prefwin again(services());
+        again.Event_Open({});
+        QCOMPARE(again.Left, 960 - prefwin::Width / 2);
+        QVERIFY(again.statusshow.Enabled && again.statusshow.Value && again.Slider1.Enabled);
+        QCOMPARE(again.Slider1.Value, 55);
+        QCOMPARE(again.Transvalue, QStringLiteral("55%"));
+    }
+
+    void controlsWriteTheirSettingAtOnce_data()
+    {
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<Expect>("expect");
+        auto row = [](const char* name, Change c, Expect e) { QTest::newRow(name) << c << e; };
+        // clang-format off
+        row("recentsheet", [](prefwin& f) { f.recentsheet_Action(true); }, [](auto& p) { p.autopen = true; });
+        row("enablewarn", [](prefwin& f) { f.enablewarn_Action(false); }, [](auto& p) { p.warningsign = false; });
+        row("stopOnQuit", [](prefwin& f) { f.stopOnQuit_Action(false); }, [](auto& p) { p.killQuit = 0; });
+        row("netconnect", [](prefwin& f) { f.netconnect_Action(true); }, [](auto& p) { p.netlook = true; });
+        row("noactivpop", [](prefwin& f) { f.noactivpop_Change(2); }, [](auto& p) { p.waittime = 10, p.positionx = 3, p.positiony = 4; });
+        row("Typesize", [](prefwin& f) { f.Typesize_Change(3); }, [](auto& p) { p.fontsize = 12; });
+        row("lstfont family", [](prefwin& f) { f.lstfont_Change(2); }, [](auto& p) { p.chosefont = "Mono"; });
+        row("lstfont default", [](prefwin& f) { f.lstfont_Change(5); }, [](auto& p) { p.chosefont = "System"; });
+        row("lstfont separator", [](prefwin& f) { f.lstfont_Change(1); }, [](auto&) {});
+        row("Slider1", [](prefwin& f) { f.Slider1_ValueChanged(5); }, [](auto& p) { p.statustrans = 20; });
+        row("statusshow", [](prefwin& f) { f.statusshow_Action(false); }, [](auto& p) { p.statusquo = false; });
+        row("checkupdates", [](prefwin& f) { f.checkupdates_Change(3); }, [](auto& p) { p.updatetime = 3; });
+        row("xdate", [](prefwin& f) { f.xdate_Action(false); }, [](auto& p) { p.expdt = false; });
+        row("xheader", [](prefwin& f) { f.xheader_Action(false); }, [](auto& p) { p.exphd = false; });
+        row("xnotes", [](prefwin& f) { f.xnotes_Action(false); }, [](auto& p) { p.expnt = false; });
+        row("xtotal", [](prefwin& f) { f.xtotal_Action(false); }, [](auto& p) { p.explt = false; });
+        row("xblnkrow", [](prefwin& f) { f.xblnkrow_Action(true); }, [](auto& p) { p.expbr = true; });
+        row("xblnkcol", [](prefwin& f) { f.xblnkcol_Action(true); }, [](auto& p) { p.expbc = true; });
+        row("prefRadioText", [](prefwin& f) { f.prefRadioText_Action(); }, [](auto& p) { p.exportFormat = "txt"; });
+        row("formatMenu", [](prefwin& f) { f.formatMenu_Change(2); }, [](auto& p) { p.xprtEncoding = 2; });
+        // clang-format on
+    }
+
+    void controlsWriteTheirSettingAtOnce()
+    {
+        QFETCH(Change, change);
+        QFETCH(Expect, expect);
+        hooks.open = true;
+        desktop.mouse = QPoint(3, 4);
+        prefwin form(services());
+        form.Event_Open({QStringLiteral("Mono"), QStringLiteral("Sans")});
+        core::AppPrefs expected = prefs;
+        change(form);
+        expect(expected);
+        QVERIFY(prefs == expected);
+        QVERIFY(hooks.calls.isEmpty() || hooks.calls == QStringList{QStringLiteral("hide")});
+    }
+
+    void fontChoiceKeepsTheCurrentFontFirst()
+    {
+        prefwin form(services());
+        form.Event_Open({QStringLiteral("Mono"), QStringLiteral("Sans")});
+        QCOMPARE(form.lstfont, (QStringList{"Verdana", "", "Mono", "Sans", "", "System Default"}));
+        form.lstfont_Change(5);
+        QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans", "", "System Default"}));
+        form.lstfont_Change(3);
+        QCOMPARE(form.lstfont.first(), QStringLiteral("Sans"));
+        QCOMPARE(prefs.chosefont, QStringLiteral("Sans"));
+    }
+
+    void statusStripFollowsTheControls()
+    {
+        hooks.open = true;
+        prefs.statustrans = 70;
+        prefwin form(services());
+        form.Event_Open({});
+        form.Slider1_ValueChanged(40);
+        QCOMPARE(hooks.opacity, 0.4);
+        QCOMPARE(form.Transvalue, QStringLiteral("40%"));
+        form.statusshow_Action(false);
+        QVERIFY(!form.Slider1.Enabled);
+        form.Slider1_ValueChanged(90); // a disabled slider changes nothing
+        QCOMPARE(prefs.statustrans, 40);
+        form.statusshow_Action(true);
+        QCOMPARE(hooks.calls, (QStringList{"hide", "show"}));
+        QCOMPARE(form.Slider1.Value, 40);
+    }
+
+    void netLinkControls_data()
+    {
+        QTest::addColumn<bool>("timesheetOpen");
+        QTest::addColumn<QStringList>("calls");
+        QTest::newRow("timesheet open") << true << QStringList{"listen", "stop"};
+        QTest::newRow("no timesheet") << false << QStringList{};
+    }
+    void netLinkControls()
+    {
+        QFETCH(bool, timesheetOpen);
+        QFETCH(QStringList, calls);
+        hooks.open = timesheetOpen;
+        prefwin form(services());
+        form.Event_Open({});
+        form.restartWeb_Action(); // disabled while Net Link is off
+        form.netconnect_Action(true);
+        QVERIFY(form.restartWeb.Enabled);
+        form.restartWeb_Action();
+        form.netconnect_Action(false);
+        QVERIFY(!form.restartWeb.Enabled);
+        QCOMPARE(hooks.calls, calls);
+    }
+
+    void saveStoresTheUserNameAndFont_data()
+    {
+        QTest::addColumn<bool>("timesheetOpen");
+        QTest::addColumn<QStringList>("calls");
+        QTest::newRow("timesheet open") << true << QStringList{"refresh", "Verdana10", "saveprefs"};
+        QTest::newRow("no timesheet") << false << QStringList{"refresh", "saveprefs"};
+    }
+    void saveStoresTheUserNameAndFont()
+    {
+        QFETCH(bool, timesheetOpen);
+        QFETCH(QStringList, calls);
+        hooks.open = timesheetOpen;
+        files.files[kOps] = storage::encodeOperations(someOperations(1));
+        prefwin form(services());
+        form.Event_Open({});
+        QCOMPARE(form.EditField1, QStringLiteral("Default User"));
+        form.EditField1_TextChange(QStringLiteral("Zoë 東京 Ω"));
+        QCOMPARE(prefs.usrname, QStringLiteral("Default User")); // read at the save, not before
+        form.Saveprefa_Action();
+        QVERIFY(form.closed());
+        QCOMPARE(prefs.usrname, QStringLiteral("Zoë  Ω")); // MacRoman holds Ω but no CJK
+        QCOMPARE(hooks.calls, calls);
+    }
+
+    void aFailedListWriteKeepsTheWindowOpen()
+    {
+        files.files[kOps] = storage::encodeOperations(someOperations(1));
+        files.failWrites = true;
+        prefwin form(services());
+        form.Event_Open({});
+        form.Saveprefa_Action();
+        QVERIFY(!form.closed());
+        QCOMPARE(dialogs.messages.size(), 1);
+        QVERIFY(dialogs.messages.first().startsWith(prefwin::kPrefOpsWriteError));
+        QVERIFY(!hooks.calls.contains(QStringLiteral("saveprefs")));
+    }
+
+    void groupList_data()
+    {
+        QTest::addColumn<bool>("exists");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("found") << true << prefwin::kPrefGStatus;
+        QTest::newRow("missing") << false << prefwin::kPrefGStatusError;
+    }
+    void groupList()
+    {
+        QFETCH(bool, exists);
+        QFETCH(QString, status);
+        const QString group = QStringLiteral("/shared/Team Opps");
+        const OperationList groupOps{{QStringLiteral("Audit"), QStringLiteral("Team")}};
+        if (exists)
+            files.files[group] = storage::encodeOperations(groupOps);
+        files.files[kOps] = storage::encodeOperations(someOperations(2));
+        prefwin form(services());
+        form.Event_Open({});
+        dialogs.expectFile(QString()); // cancelled: nothing changes
+        form.Canvas1_Action(1);
+        QCOMPARE(form.Canvas1, 0);
+        dialogs.expectFile(group);
+        form.Canvas1_Action(1);
+        QCOMPARE(prefs.rmteops, group);
+        QCOMPARE(form.StaticText1.Text, status);
+        QCOMPARE(form.opplistnow, exists ? groupOps : OperationList{});
+        QVERIFY(!form.newopp.Enabled && !form.StaticText11.Visible);
+        add(form, QStringLiteral("Sneaked in")); // the shared list is not edited here
+        form.Saveprefa_Action();
+        QCOMPARE(form.closed(), exists);
+        QCOMPARE(stored(), someOperations(2)); // the user's own list is untouched
+        QCOMPARE(prefs.rmteops, group);
+
+        form.Canvas1_Action(0);
+        QVERIFY(prefs.rmteops.isEmpty());
+        QCOMPARE(form.opplistnow, someOperations(2));
+        QCOMPARE(form.StaticText1.Text, prefwin::kPrefNOTxt);
+    }
+
+    void exportWritesACopyOnTheDesktop()
+    {
+        files.files[kOps] = storage::encodeOperations({{"Design", "Draw\tand plan"}, {"R&D", ""}});
+        prefwin form(services());
+        form.Event_Open({});
+        form.exportlist_Action();
+        QCOMPARE(files.files.value(kDesk + "/Veltrick Operations.txt"), QByteArray("Design\tDraw and plan\nR&D\t\n"));
+        QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefCopyMessage});
+        files.failWrites = true;
+        form.exportlist_Action();
+        QVERIFY(dialogs.messages.last().startsWith(prefwin::kPrefCopyFailed));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPrefwin)
+#include "test_prefwin.moc"
