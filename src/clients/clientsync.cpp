@@ -115,8 +115,12 @@ void ClientSync::_syncAddressBook_Action()
 void ClientSync::addClient()
 {
     syncaddressbook2();
-    if (!m_host.contactsAccess())
-        return;
+    if (m_host.contactsAccess())
+        showAddressadd();
+}
+
+void ClientSync::showAddressadd()
+{
     addressadd sheet(m_book, m_dialogs, m_desktop, *this);
     sheet.Open();
     m_dialogs.showModal(sheet);

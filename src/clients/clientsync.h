@@ -42,6 +42,8 @@ public:
     // addClient2_MouseDown, _FileAddNewClient_Action and the job dialog's add-client item: synchronise,
     // then open the add-contact sheet if the contacts may be read.
     void addClient();
+    // The add-contact sheet alone, for callers that have just synchronised.
+    void showAddressadd();
 
     SyncHost& host() { return m_host; }
 

@@ -28,6 +28,8 @@ inline const QString MWHour = QStringLiteral("H\u2009");
 inline const QString MWMin = QStringLiteral("\u2009M");
 inline const QString MWOperation = QStringLiteral("Operation");
 inline const QString MWClient = QStringLiteral("Client");
+inline const QString MWDescription = QStringLiteral("Description");
+inline const QString MWClientListf = QStringLiteral("All Clients");
 
 inline const QString MWListTotals = QStringLiteral("List Totals - Time: ");
 inline const QString MWListToday = QStringLiteral(", Today: ");

@@ -65,6 +65,10 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     bar->addWidget(m_runButton);
     bar->addSpacing(8);
     bar->addWidget(m_runtotal, 1);
+    m_njButton2 = new QPushButton(kNewJob, central);
+    m_njButton2->setObjectName(QStringLiteral("njButton2"));
+    m_njButton2->setFlat(true);
+    bar->addWidget(m_njButton2);
     layout->addLayout(bar);
 
     auto* status = new QHBoxLayout;
@@ -84,6 +88,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     setCentralWidget(central);
 
     connect(m_runButton, &QPushButton::clicked, &form, &Mainwndo::runButton_Action);
+    connect(m_njButton2, &QPushButton::clicked, this, &MainwndoView::njButton2Clicked);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) {
                 const int row = current.isValid() ? current.row() : -1;
@@ -114,6 +119,7 @@ void MainwndoView::refresh()
     palette.setColor(QPalette::Window, QColor::fromRgb(m_form.indecator));
     m_indecator->setPalette(palette);
     m_list->setEnabled(m_form.ListBox1Ctl.enabled);
+    m_njButton2->setEnabled(m_form.njButton2.enabled);
     m_list->setVerticalScrollBarPolicy(m_form.ListBox1ScrollBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     m_notebox->setVisible(m_form.notebox.visible);
     m_notebox->setText(m_form.notebox.caption);

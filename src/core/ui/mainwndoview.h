@@ -24,6 +24,8 @@ class MainwndoView : public QMainWindow
     Q_OBJECT
 
 public:
+    inline static const QString kNewJob = QStringLiteral("Add Job...");
+
     MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent = nullptr);
 
     // Asked when the user closes the window; false keeps it open.
@@ -32,6 +34,11 @@ public:
     QTreeView* ListBox1() const { return m_list; }
     QPushButton* runButton() const { return m_runButton; }
     QLabel* runtotal() const { return m_runtotal; }
+
+signals:
+    // The client list file was rewritten: the client picker reloads it.
+    void clientListChanged();
+    void njButton2Clicked();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -52,6 +59,7 @@ private:
     QTreeView* m_list;
     QLineEdit* m_notebox;
     QPushButton* m_runButton;
+    QPushButton* m_njButton2;
     QFrame* m_indecator;
     QLabel* m_runtotal;
     QLabel* m_datastream;

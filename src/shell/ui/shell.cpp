@@ -2,7 +2,18 @@
 
 #include "core/texts.h"
 #include "core/ui/mainwndoview.h"
+#include "clients/ui/addressaddview.h"
 #include "core/ui/modalviews.h"
+#include "clients/clientview.h"
+#include "clients/ui/clientpane.h"
+#include "jobs/listbehaviour.h"
+#include "jobs/notes.h"
+#include "jobs/rowops.h"
+#include "jobs/ui/listwiring.h"
+#include "jobs/ui/rowviews.h"
+#include "jobs/ui/specialwview.h"
+#include "shell/ui/prefwinview.h"
+#include "storage/clients_file.h"
 #include "netlink/apptexts.h"
 #include "netlink/stylesheet.h"
 #include "storage/operations_file.h"
@@ -18,10 +29,34 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QAbstractItemView>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace shell::ui
 {
+
+struct Shell::Window
+{
+    Window(Shell& shell, core::Mainwndo& form)
+        : sources(shell.m_files, shell.m_app.prefs, storage::prefFolder(), shell.m_joblst),
+          jobs({form, shell, shell.m_app.prefs, shell.m_clock, shell.m_desktop, shell.m_dialogs, shell.m_timers, sources,
+                shell}),
+          clientView(form, {shell.m_desktop, shell, shell.m_files, storage::prefFile(storage::kClientsFileName)}),
+          rowOps(form, {shell.m_clock, shell.m_desktop, shell.m_dialogs, shell, clientView}),
+          notes(form, shell.m_app.prefs, {shell.m_desktop, shell.m_dialogs, clientView}),
+          lists(form, {shell.m_clock, shell.m_desktop, clientView, rowOps, notes},
+                {[this] { jobs.doeditjob(); }, [this] { jobs.clone(); }, [this] { jobs.donewjob(); }})
+    {
+    }
+
+    jobs::FileSources sources;
+    jobs::JobOps jobs;
+    clients::ClientView clientView;
+    jobs::RowOps rowOps;
+    jobs::Notes notes;
+    jobs::ListBehaviour lists;
+};
 
 namespace
 {
@@ -50,15 +85,21 @@ protected:
 
 Shell::Shell()
     : m_app(core::Mainwndo::Services{m_clock, m_desktop, m_dialogs, m_timers, *this}, *this),
-      m_document(m_app, m_files, m_dialogs, m_desktop, documentsFolder())
+      m_document(m_app, m_files, m_dialogs, m_desktop, documentsFolder()), m_contacts(m_files),
+      m_sync(m_contacts, m_dialogs, m_desktop, m_files, storage::prefFile(storage::kClientsFileName), *this)
 {
     core::ui::registerModalViews(m_dialogs);
+    clients::ui::registerAddressaddView(m_dialogs);
+    jobs::ui::registerSpecialwView(m_dialogs);
+    jobs::ui::registerRowViews(m_dialogs);
+    registerPrefwinView(m_dialogs);
     connect(&m_app, &core::App::mainwndoCreated, this, &Shell::showMainwndo);
     connect(&m_app, &core::App::mainwndoClosed, this, [this] {
         if (m_view) {
             m_view->close();
             m_view->deleteLater();
         }
+        m_window.reset();
         if (!m_quitting && m_startWindow)
             m_startWindow->show();
     });
@@ -101,6 +142,35 @@ void Shell::firstRun()
 {
     core::Noopps welcome;
     m_dialogs.showModal(welcome);
+    showPrefwin(kOperationsTab); // it cannot be left without an operation
+}
+
+void Shell::showPrefwin(int tab)
+{
+    prefwin form({m_app.prefs, m_dialogs, m_desktop, m_files, *this, storage::prefFile(storage::kOperationsFileName),
+                  prefwin::defaultDesktopFolder()});
+    form.TabPanel1 = tab >= 0 ? tab : m_prefTab;
+    m_dialogs.showModal(form);
+    m_prefTab = form.TabPanel1;
+}
+
+void Shell::applyListFont(const QString& font, int size)
+{
+    if (!m_view)
+        return;
+    const QFont chosen = font == QStringLiteral("System") ? QFont() : QFont(font, size);
+    QFont sized = chosen;
+    sized.setPointSize(size);
+    m_view->ListBox1()->setFont(sized);
+    if (m_pane)
+        for (QWidget* list : m_pane->findChildren<QAbstractItemView*>())
+            list->setFont(sized);
+}
+
+void Shell::refreshOppsList()
+{
+    if (m_window && m_window->jobs.openDialog())
+        m_window->jobs.openDialog()->refreshOppsList();
 }
 
 void Shell::locateStyleSheet()
@@ -114,12 +184,26 @@ void Shell::locateStyleSheet()
 
 void Shell::mainwndoOpened(core::Mainwndo&)
 {
+    m_window->clientView.clientlist2_Open();
+    m_window->notes.restoreStrip();
     restartWeb();
+}
+
+void Shell::populatelistbox2()
+{
+    if (m_window)
+        m_window->clientView.rebuildFollowingListBox1();
 }
 
 void Shell::windowClosing()
 {
     m_socket1.reset();
+}
+
+void Shell::refreshClientList()
+{
+    if (m_window && m_window->jobs.openDialog())
+        m_window->jobs.openDialog()->rebuildClientMenu();
 }
 
 void Shell::restartWeb()
@@ -174,6 +258,24 @@ void Shell::startTimer2()
         w->Timer2().setMode(platform::Timer::Single);
 }
 
+bool Shell::contactsAccess() const
+{
+    const core::Mainwndo* w = m_app.existingMainwndo();
+    return w && w->contactsAccess;
+}
+
+void Shell::setContactsAccess(bool on)
+{
+    if (core::Mainwndo* w = m_app.existingMainwndo())
+        w->contactsAccess = on;
+}
+
+void Shell::resetClientList()
+{
+    if (m_view)
+        emit m_view->clientListChanged();
+}
+
 void Shell::exit()
 {
     QApplication::quit();
@@ -218,6 +320,17 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
     open->setEnabled(!documentOpen);
     if (documentOpen) {
         file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this, [this] { m_app.closeMainwndo(); });
+        file->addSeparator();
+        QAction* addClient = file->addAction(QStringLiteral("Add New Client…"), this, [this] { m_sync.addClient(); });
+        QAction* syncClients =
+            file->addAction(QStringLiteral("Sync Client List with Contacts"), this, [this] { m_sync._syncAddressBook_Action(); });
+        // Not while a job runs: the client list is part of what stays still then.
+        connect(file, &QMenu::aboutToShow, this, [this, addClient, syncClients] {
+            const bool idle = !running();
+            addClient->setEnabled(idle);
+            syncClients->setEnabled(idle);
+        });
+        file->addSeparator();
         file->addAction(QStringLiteral("Close && Total Budgets…"), QKeySequence(QStringLiteral("Ctrl+Shift+W")), this,
                         [this] {
                             // The totalling of the budgets joins here once preset jobs exist.
@@ -241,6 +354,42 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
     file->addAction(QStringLiteral("Quit"), QKeySequence::Quit, this, [this] { quit(); });
 
     if (documentOpen) {
+        QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
+        const auto jobCommand = [this](void (jobs::JobOps::*command)()) {
+            return [this, command] {
+                if (m_window)
+                    (m_window->jobs.*command)();
+            };
+        };
+        QAction* add = edit->addAction(QStringLiteral("Add Job..."), QKeySequence(QStringLiteral("Ctrl+J")), this,
+                                       jobCommand(&jobs::JobOps::_nujobmenu2_Action));
+        QAction* duplicate = edit->addAction(QStringLiteral("Duplicate Job..."), QKeySequence(QStringLiteral("Ctrl+D")),
+                                             this, jobCommand(&jobs::JobOps::_duplicate_Action));
+        QAction* details = edit->addAction(QStringLiteral("Job Details…"), QKeySequence(QStringLiteral("Ctrl+F")), this,
+                                           jobCommand(&jobs::JobOps::_edjobmenu_Action));
+        QAction* notey = edit->addAction(QStringLiteral("Job Notes..."), QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
+            if (m_window)
+                m_window->notes._notey_Action();
+        });
+        edit->addSeparator();
+        QAction* zerorow = edit->addAction(Tr::EMReset, QKeySequence(QStringLiteral("Ctrl+R")), this, [this] {
+            if (m_window)
+                m_window->rowOps._zerorow_Action();
+        });
+        QAction* clearjb2 = edit->addAction(QStringLiteral("Delete Job..."), this, [this] {
+            if (m_window)
+                m_window->rowOps.deletejb();
+        });
+        connect(edit, &QMenu::aboutToShow, this, [this, add, duplicate, details, notey, zerorow, clearjb2] {
+            const core::Mainwndo* w = m_app.existingMainwndo();
+            const bool idle = w && !w->running;
+            const bool selected = w && w->ListBox1.hasSelection();
+            add->setEnabled(idle);
+            for (QAction* rowCommand : {duplicate, details, notey, zerorow, clearjb2})
+                rowCommand->setEnabled(idle && selected);
+            if (m_window)
+                zerorow->setText(m_window->rowOps.zerorowCaption()); // Alt gives "Reset All Rows..."
+        });
         QMenu* view = bar->addMenu(QStringLiteral("&View"));
         view->addAction(Tr::EMJobTotal, QKeySequence(QStringLiteral("Ctrl+A")), this, [this] {
             if (auto* w = m_app.existingMainwndo())
@@ -251,6 +400,11 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
                 w->_totaldy2_Action();
         });
         view->addSeparator();
+        QAction* shwnts = view->addAction(m_window ? m_window->notes.shwntsCaption() : Tr::VMShowNotes);
+        connect(shwnts, &QAction::triggered, this, [this, shwnts] {
+            if (m_window)
+                shwnts->setText(m_window->notes._shwnts_Action(shwnts->text()));
+        });
         QAction* webo = view->addAction(QStringLiteral("View in Web Browser"), this, [this] { _webo_Action(); });
         connect(view, &QMenu::aboutToShow, webo, [this, webo] { webo->setEnabled(m_app.prefs.netlook); });
         QMenu* control = bar->addMenu(QStringLiteral("&Control"));
@@ -263,6 +417,8 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
                 w->_statusStop_Action();
         });
     }
+    QMenu* settings = bar->addMenu(QStringLiteral("&Settings"));
+    settings->addAction(QStringLiteral("Preferences..."), QKeySequence::Preferences, this, [this] { showPrefwin(-1); });
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("About Veltrick"), this, [this] {
         QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Veltrick"),
@@ -272,10 +428,26 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
 
 void Shell::showMainwndo(core::Mainwndo* form)
 {
+    m_window = std::make_unique<Window>(*this, *form);
     auto* view = new core::ui::MainwndoView(*form, m_app.prefs);
     view->setAttribute(Qt::WA_DeleteOnClose, false);
     m_view = view;
+    // The client picker and the client's list stand beside the timesheet, in one splitter with it.
+    auto* pane = new clients::ui::ClientPane(m_window->clientView, *form, m_app.prefs, view->ListBox1());
+    static_cast<QVBoxLayout*>(view->centralWidget()->layout())->insertWidget(0, pane, 1);
+    m_pane = pane;
+    new jobs::ui::ListWiring(view->ListBox1(), 1, m_window->lists);
+    new jobs::ui::ListWiring(pane->ListBox2(), 2, m_window->lists);
+    connect(pane, &clients::ui::ClientPane::addClientClicked, this, [this] { m_sync.addClient(); });
+    connect(view, &core::ui::MainwndoView::clientListChanged, this, [this] {
+        if (m_window)
+            m_window->clientView.clientlist2_Open();
+    });
     view->closeRequested = [this] { return m_quitting || m_app.closeMainwndo(); };
+    connect(view, &core::ui::MainwndoView::njButton2Clicked, this, [this] {
+        if (m_window)
+            m_window->jobs.njButton2_MouseDown();
+    });
     fillMenus(view->menuBar(), true);
     m_startWindow->hide();
     // Shown once the event loop is back: a timesheet being read appears whole, not row by row.

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "clients/clientsync.h"
+#include "clients/vcardstore.h"
 #include "core/app.h"
+#include "jobs/jobops.h"
+#include "jobs/specialw.h"
 #include "netlink/netlinkhost.h"
+#include "shell/prefwin.h"
 #include "netlink/socket1.h"
 #include "platform/clock.h"
 #include "platform/qt/qtplatform.h"
@@ -24,7 +29,10 @@ namespace shell::ui
 
 // The composition of the running program: the Qt services, the application, the document, the start
 // window and the main window's view, and the answers to the core's calls into the subsystems above it.
-class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks, public netlink::NetLinkHost
+class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks, public netlink::NetLinkHost,
+              public clients::SyncHost,
+              public jobs::SpecialwHooks,
+              public shell::PrefwinHooks
 {
     Q_OBJECT
 
@@ -67,8 +75,35 @@ public:
     void setStatus(const QString& datastream) override;
     void startTimer2() override;
 
+    // clients::SyncHost
+    bool contactsAccess() const override;
+    void setContactsAccess(bool on) override;
+    void resetClientList() override;
+    void refreshClientList() override;
+
+    // core::MainwndoHooks
+    void populatelistbox2() override;
+
+    // jobs::SpecialwHooks
+    void syncaddressbook2() override { m_sync.syncaddressbook2(); }
+    void showAddressadd() override { m_sync.showAddressadd(); }
+    void editOperations() override { showPrefwin(kOperationsTab); }
+
+    // shell::PrefwinHooks
+    bool timesheetOpen() const override { return m_app.existingMainwndo() != nullptr; }
+    int windScreen() const override { return m_app.windScreen; }
+    void netLinkStop() override { m_socket1.reset(); }
+    void netLinkListen() override { restartWeb(); }
+    void applyListFont(const QString& font, int size) override;
+    void refreshOppsList() override;
+    void saveprefs() override { m_document.saveprefs(m_app.prefs); }
+
+    // The preferences window on the given tab, or on the one it was left on (-1).
+    void showPrefwin(int tab);
+
     // Net Link on or off as the settings say; the Connect button of the preferences restarts it.
     void restartWeb();
+    static constexpr int kOperationsTab = 1;
     void _webo_Action();
 
 private:
@@ -86,6 +121,14 @@ private:
     storage::Document m_document;
     QMainWindow* m_startWindow = nullptr;
     QPointer<core::ui::MainwndoView> m_view;
+    QPointer<QWidget> m_pane;
+    int m_prefTab = 0;
+    // What lives as long as the main window: the job operations, the client view, rows and notes.
+    struct Window;
+    storage::PresetJobList m_joblst;
+    std::unique_ptr<Window> m_window;
+    clients::VCardStore m_contacts;
+    clients::ClientSync m_sync;
     QString m_styleSheetTxt;
     std::unique_ptr<netlink::Socket1> m_socket1;
     core::Timesheet m_noSheet;
