@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jobs/specialw.h"
+#include "jobs/jobdialog.h"
 
 namespace jobs
 {

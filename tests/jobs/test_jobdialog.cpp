@@ -1,6 +1,6 @@
 // The job dialog as a form (checks, key filters, menus, date stepper), and the new, edited and duplicated
 // rows it brings into the list, with the Ctrl save that starts timing.
-#include "jobs/specialwrig.h"
+#include "jobs/jobdialogrig.h"
 
 #include <QLocale>
 #include <QtTest>
@@ -417,4 +417,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(TestSpecialw)
-#include "test_specialw.moc"
+#include "test_jobdialog.moc"

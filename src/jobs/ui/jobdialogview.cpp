@@ -1,4 +1,4 @@
-#include "jobs/ui/specialwview.h"
+#include "jobs/ui/jobdialogview.h"
 
 #include "platform/qt/qtplatform.h"
 

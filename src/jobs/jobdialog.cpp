@@ -1,4 +1,4 @@
-#include "jobs/specialw.h"
+#include "jobs/jobdialog.h"
 
 #include "core/timetext.h"
 #include "platform/yieldgate.h"

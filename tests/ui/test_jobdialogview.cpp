@@ -1,6 +1,6 @@
 // The job dialog's widgets are wired to its form: typing, keys, arrows, menus and the buttons.
-#include "jobs/specialwrig.h"
-#include "jobs/ui/specialwview.h"
+#include "jobs/jobdialogrig.h"
+#include "jobs/ui/jobdialogview.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -131,4 +131,4 @@ private slots:
 };
 
 QTEST_MAIN(TestSpecialwView)
-#include "test_specialwview.moc"
+#include "test_jobdialogview.moc"
