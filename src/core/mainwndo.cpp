@@ -96,6 +96,15 @@ void Mainwndo::gostart()
     m_s.hooks.menuControl();
 }
 
+void Mainwndo::startRunning()
+{
+    autosave();
+    running = true;
+    setstop();
+    startTimers(platform::Timer::Multiple);
+    m_s.hooks.statusUpDateDark();
+}
+
 void Mainwndo::allcont()
 {
     if (!ListBox1.hasSelection())
@@ -107,22 +116,14 @@ void Mainwndo::allcont()
         ListBox1.startmin = start.min;
         ListBox1.selected().run = kRunRunning;
         notifyRow();
-        autosave();
-        running = true;
-        setstop();
-        startTimers(platform::Timer::Multiple);
-        m_s.hooks.statusUpDateDark();
+        startRunning();
     } else {
         // Time cannot go on a row of another day.
         datechecker();
         if (dateschanged) {
             // The new row was made and started without a question; bring the window into line.
             dateschanged = false;
-            autosave();
-            running = true;
-            setstop();
-            startTimers(platform::Timer::Multiple);
-            m_s.hooks.statusUpDateDark();
+            startRunning();
         }
     }
     // A cancelled rollover leaves nothing running, and then the client list need not wait for a stop.
@@ -205,7 +206,7 @@ void Mainwndo::setcont()
     emit controlsChanged();
 }
 
-void Mainwndo::runButton_Action()
+void Mainwndo::runByCaption()
 {
     if (runButton.caption == Tr::MWStartButtonFs)
         gostart();
@@ -213,6 +214,11 @@ void Mainwndo::runButton_Action()
         Allstop();
     else
         allcont();
+}
+
+void Mainwndo::runButton_Action()
+{
+    runByCaption();
     m_s.hooks.menuControl();
     rowcheck();
 }
@@ -221,12 +227,7 @@ bool Mainwndo::Event_KeyDown(QChar key)
 {
     if (key != QLatin1Char(' ') || ListBox1.ListIndex < 0)
         return false;
-    if (runButton.caption == Tr::MWStartButtonFs)
-        gostart();
-    else if (runButton.caption == Tr::MWStartButtonStop)
-        Allstop();
-    else
-        allcont();
+    runByCaption();
     return true;
 }
 

@@ -201,6 +201,8 @@ signals:
 
 private:
     void setRunButtons(bool enabled);
+    void startRunning(); // save, then the running state with its timers
+    void runByCaption(); // the run button's choice: first start, stop or start
     void startTimers(platform::Timer::Mode mode);
     void notifyRow();
     int listMinutes(const Timesheet& list);
