@@ -13,6 +13,13 @@ namespace shell
 namespace
 {
 
+// A check box that stands for one setting: the box and the setting change together, at once.
+void tick(prefwin::CheckBox& box, bool& setting, bool on)
+{
+    box.Value = on;
+    setting = on;
+}
+
 // A text of the copy on the Desktop: the tab and line breaks are the copy's own separators.
 QString copyCell(QString text)
 {
@@ -190,14 +197,12 @@ void prefwin::noactivpop_Change(int row)
 
 void prefwin::recentsheet_Action(bool on)
 {
-    recentsheet.Value = on;
-    m_prefs.autopen = on;
+    tick(recentsheet, m_prefs.autopen, on);
 }
 
 void prefwin::enablewarn_Action(bool on)
 {
-    enablewarn.Value = on;
-    m_prefs.warningsign = on;
+    tick(enablewarn, m_prefs.warningsign, on);
 }
 
 void prefwin::stopOnQuit_Action(bool on)
@@ -442,38 +447,32 @@ void prefwin::exportlist_Action()
 
 void prefwin::xdate_Action(bool on)
 {
-    xdate.Value = on;
-    m_prefs.expdt = on;
+    tick(xdate, m_prefs.expdt, on);
 }
 
 void prefwin::xheader_Action(bool on)
 {
-    xheader.Value = on;
-    m_prefs.exphd = on;
+    tick(xheader, m_prefs.exphd, on);
 }
 
 void prefwin::xnotes_Action(bool on)
 {
-    xnotes.Value = on;
-    m_prefs.expnt = on;
+    tick(xnotes, m_prefs.expnt, on);
 }
 
 void prefwin::xtotal_Action(bool on)
 {
-    xtotal.Value = on;
-    m_prefs.explt = on;
+    tick(xtotal, m_prefs.explt, on);
 }
 
 void prefwin::xblnkrow_Action(bool on)
 {
-    xblnkrow.Value = on;
-    m_prefs.expbr = on;
+    tick(xblnkrow, m_prefs.expbr, on);
 }
 
 void prefwin::xblnkcol_Action(bool on)
 {
-    xblnkcol.Value = on;
-    m_prefs.expbc = on;
+    tick(xblnkcol, m_prefs.expbc, on);
 }
 
 void prefwin::prefRadioExcel_Action()
