@@ -11,7 +11,7 @@
 #include "jobs/rowops.h"
 #include "jobs/ui/listwiring.h"
 #include "jobs/ui/rowviews.h"
-#include "jobs/ui/specialwview.h"
+#include "jobs/ui/jobdialogview.h"
 #include "shell/ui/prefwinview.h"
 #include "storage/clients_file.h"
 #include "netlink/apptexts.h"
@@ -29,6 +29,7 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QUrl>
 #include <QAbstractItemView>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -420,6 +421,18 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
     QMenu* settings = bar->addMenu(QStringLiteral("&Settings"));
     settings->addAction(QStringLiteral("Preferences..."), QKeySequence::Preferences, this, [this] { showPrefwin(-1); });
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("Online Help"), this, [this] {
+        // The manual is the README installed beside the program, or the one of the source tree.
+        const QString appDir = QCoreApplication::applicationDirPath();
+        for (const QString& path : {appDir + QStringLiteral("/../share/doc/veltrick/README.md"),
+                                    appDir + QStringLiteral("/../../README.md")}) {
+            if (QFileInfo(path).isFile()) {
+                m_desktop.openUrl(QUrl::fromLocalFile(QFileInfo(path).canonicalFilePath()).toString());
+                return;
+            }
+        }
+        m_desktop.beep();
+    });
     help->addAction(QStringLiteral("About Veltrick"), this, [this] {
         QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Veltrick"),
                            QStringLiteral("Veltrick %1\nA timesheet for the hours you bill.").arg(core::App::kAppVersion));
