@@ -4,7 +4,7 @@
 #include "clients/vcardstore.h"
 #include "core/app.h"
 #include "jobs/jobops.h"
-#include "jobs/specialw.h"
+#include "jobs/jobdialog.h"
 #include "netlink/netlinkhost.h"
 #include "shell/prefwin.h"
 #include "netlink/socket1.h"
