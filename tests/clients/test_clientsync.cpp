@@ -13,7 +13,8 @@
 
 using Files = QList<QPair<QString, QByteArray>>;
 
-namespace {
+namespace
+{
 
 const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
 
@@ -158,31 +159,19 @@ private slots:
     void addressaddRefuses_data()
     {
         QTest::addColumn<bool>("withNames");
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("last");
-        QTest::addColumn<QString>("company");
+        QTest::addColumn<QStringList>("fields"); // first, last, company
         QTest::addColumn<QString>("message");
         using A = clients::addressadd;
-        QTest::newRow("all empty, names asked") << true << ""
-                                                << ""
-                                                << "" << A::kAAAddFirstNameTxt;
-        QTest::newRow("last name missing") << true << "Ann"
-                                           << ""
-                                           << "Acme" << A::kAAAddLastNameTxt;
-        QTest::newRow("company missing, names asked") << true << "Ann"
-                                                      << "Lee"
-                                                      << "" << A::kAAAddCompanyTxt;
-        QTest::newRow("company missing") << false << ""
-                                         << ""
-                                         << "" << A::kAAAddCompanyTxt;
+        QTest::newRow("all empty, names asked") << true << QStringList{"", "", ""} << A::kAAAddFirstNameTxt;
+        QTest::newRow("last name missing") << true << QStringList{"Ann", "", "Acme"} << A::kAAAddLastNameTxt;
+        QTest::newRow("company missing, names asked") << true << QStringList{"Ann", "Lee", ""} << A::kAAAddCompanyTxt;
+        QTest::newRow("company missing") << false << QStringList{"", "", ""} << A::kAAAddCompanyTxt;
     }
 
     void addressaddRefuses()
     {
         QFETCH(bool, withNames);
-        QFETCH(QString, first);
-        QFETCH(QString, last);
-        QFETCH(QString, company);
+        QFETCH(QStringList, fields);
         QFETCH(QString, message);
         Rig rig;
         rig.folder.write(QStringLiteral("g.vcf"), kGroupCard);
@@ -190,9 +179,9 @@ private slots:
         sheet.Open();
         sheet.CheckBox1 = withNames;
         sheet.CheckBox1_Action();
-        sheet.nameOne.Text = first;
-        sheet.nameTwo.Text = last;
-        sheet.nameCompany.Text = company;
+        sheet.nameOne.Text = fields[0];
+        sheet.nameTwo.Text = fields[1];
+        sheet.nameCompany.Text = fields[2];
         sheet.PushButton1_Action();
         QCOMPARE(rig.dialogs.messages, QStringList{message});
         QCOMPARE(rig.desktop.beeps, 1);

@@ -4,7 +4,8 @@
 
 using clients::parseVCards;
 
-namespace {
+namespace
+{
 QByteArray card(const QByteArray& version, const QByteArray& body)
 {
     return "BEGIN:VCARD\r\nVERSION:" + version + "\r\n" + body + "\r\nEND:VCARD\r\n";
@@ -22,43 +23,26 @@ private slots:
         QTest::addColumn<QString>("property");
         QTest::addColumn<QString>("expected"); // the first ';' component; CATEGORIES: the list joined by '|'
 
-        QTest::newRow("folded with blank, LF ends")
-            << QByteArray("BEGIN:VCARD\nVERSION:3.0\nORG:Very Long Company Na\n me Ltd\nEND:VCARD\n") << "ORG"
-            << "Very Long Company Name Ltd";
-        QTest::newRow("folded with tab, twice") << card("4.0", "ORG:Nor\r\n\tth\r\n  Star") << "ORG"
-                                                << "North Star";
-        QTest::newRow("fold inside a UTF-8 character")
-            << card("4.0", "ORG:M\xC3\r\n \xBCller") << "ORG" << QString::fromUtf8("Müller");
-        QTest::newRow("escaped comma and semicolon stay in the first component")
-            << card("4.0", "ORG:Smith\\, Jones\\; Co;Sales") << "ORG"
-            << "Smith, Jones; Co";
-        QTest::newRow("escaped backslash before separator") << card("3.0", "ORG:Back\\\\;Unit") << "ORG"
-                                                            << "Back\\";
-        QTest::newRow("newline escape") << card("3.0", "ORG:Line\\nTwo") << "ORG"
-                                        << "Line\nTwo";
-        QTest::newRow("2.1 quoted-printable Latin-1 with soft breaks")
-            << card("2.1",
-                    "N:Lee;Ann\r\nORG;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:M=FCller =\r\nGmb=\r\nH;Sales")
-            << "ORG" << QString::fromUtf8("Müller GmbH");
-        QTest::newRow("2.1 bare QUOTED-PRINTABLE, UTF-8")
-            << card("2.1", "ORG;CHARSET=UTF-8;QUOTED-PRINTABLE:Caf=C3=A9 Noir") << "ORG"
-            << QString::fromUtf8("Café Noir");
-        QTest::newRow("2.1 raw bytes in the declared charset")
-            << card("2.1", "ORG;CHARSET=ISO-8859-1:Sch\xF6n AG") << "ORG" << QString::fromUtf8("Schön AG");
-        QTest::newRow("2.1 keeps a backslash that escapes nothing") << card("2.1", "ORG:C:\\new\\; ltd") << "ORG"
-                                                                    << "C:\\new; ltd";
-        QTest::newRow("undeclared Windows charset is not turned into replacement marks")
-            << card("3.0", "ORG:Caf\xE9 \x93Quoted\x94") << "ORG" << QString::fromUtf8("Café “Quoted”");
-        QTest::newRow("quoted parameter holding colon and semicolon")
-            << card("4.0", "ORG;X-LABEL=\"a:b;c\":Acme") << "ORG"
-            << "Acme";
-        QTest::newRow("property group prefix, lower-case name") << card("3.0", "item1.org:acme") << "ORG"
-                                                                << "acme";
-        QTest::newRow("CR line ends") << QByteArray("BEGIN:VCARD\rVERSION:3.0\rORG:Old Mac\rEND:VCARD\r") << "ORG"
-                                      << "Old Mac";
-        QTest::newRow("categories, escaped comma, two lines")
-            << card("3.0", "CATEGORIES:Veltrick Clients,Friends\\, Old\r\nCATEGORIES:Work") << "CATEGORIES"
-            << "Veltrick Clients|Friends, Old|Work";
+        auto row = [](const char* tag, const QByteArray& bytes, const char* property, const char* expected) {
+            QTest::newRow(tag) << bytes << QString::fromLatin1(property) << QString::fromUtf8(expected);
+        };
+        // clang-format off
+        row("folded with blank, LF ends", QByteArray("BEGIN:VCARD\nVERSION:3.0\nORG:Very Long Company Na\n me Ltd\nEND:VCARD\n"), "ORG", "Very Long Company Name Ltd");
+        row("folded with tab, twice", card("4.0", "ORG:Nor\r\n\tth\r\n  Star"), "ORG", "North Star");
+        row("fold inside a UTF-8 character", card("4.0", "ORG:M\xC3\r\n \xBCller"), "ORG", "Müller");
+        row("escaped comma and semicolon stay in the first component", card("4.0", "ORG:Smith\\, Jones\\; Co;Sales"), "ORG", "Smith, Jones; Co");
+        row("escaped backslash before separator", card("3.0", "ORG:Back\\\\;Unit"), "ORG", "Back\\");
+        row("newline escape", card("3.0", "ORG:Line\\nTwo"), "ORG", "Line\nTwo");
+        row("2.1 quoted-printable Latin-1 with soft breaks", card("2.1", "N:Lee;Ann\r\nORG;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:M=FCller =\r\nGmb=\r\nH;Sales"), "ORG", "Müller GmbH");
+        row("2.1 bare QUOTED-PRINTABLE, UTF-8", card("2.1", "ORG;CHARSET=UTF-8;QUOTED-PRINTABLE:Caf=C3=A9 Noir"), "ORG", "Café Noir");
+        row("2.1 raw bytes in the declared charset", card("2.1", "ORG;CHARSET=ISO-8859-1:Sch\xF6n AG"), "ORG", "Schön AG");
+        row("2.1 keeps a backslash that escapes nothing", card("2.1", "ORG:C:\\new\\; ltd"), "ORG", "C:\\new; ltd");
+        row("undeclared Windows charset is not turned into replacement marks", card("3.0", "ORG:Caf\xE9 \x93Quoted\x94"), "ORG", "Café “Quoted”");
+        row("quoted parameter holding colon and semicolon", card("4.0", "ORG;X-LABEL=\"a:b;c\":Acme"), "ORG", "Acme");
+        row("property group prefix, lower-case name", card("3.0", "item1.org:acme"), "ORG", "acme");
+        row("CR line ends", QByteArray("BEGIN:VCARD\rVERSION:3.0\rORG:Old Mac\rEND:VCARD\r"), "ORG", "Old Mac");
+        row("categories, escaped comma, two lines", card("3.0", "CATEGORIES:Veltrick Clients,Friends\\, Old\r\nCATEGORIES:Work"), "CATEGORIES", "Veltrick Clients|Friends, Old|Work");
+        // clang-format on
         const QString utf16Text =
             QStringLiteral("BEGIN:VCARD\r\nVERSION:3.0\r\nORG:\u00C5ngstr\u00F6m\r\nEND:VCARD\r\n");
         QByteArray utf16("\xFF\xFE");

