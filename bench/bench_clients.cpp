@@ -10,7 +10,8 @@
 
 #include <benchmark/benchmark.h>
 
-namespace {
+namespace
+{
 
 constexpr int kContacts = 10000;
 

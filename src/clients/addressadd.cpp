@@ -3,7 +3,8 @@
 #include "clients/clientsync.h"
 #include "clients/texts.h"
 
-namespace clients {
+namespace clients
+{
 
 addressadd::addressadd(platform::AddressBook& book, platform::Dialogs& dialogs, platform::Desktop& desktop,
                        ClientSync& sync)

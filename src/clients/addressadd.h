@@ -7,7 +7,8 @@
 #include <QList>
 #include <QString>
 
-namespace clients {
+namespace clients
+{
 
 class ClientSync;
 

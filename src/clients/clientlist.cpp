@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-namespace clients {
+namespace clients
+{
 
 QStringList readClientList(const storage::FileStore& files, const QString& path)
 {

@@ -5,7 +5,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace clients {
+namespace clients
+{
 
 // The client names as the last synchronisation left them: what the client picker's folder and the job
 // dialog's client menu show, in file order. No file means no clients, without a message.

@@ -8,7 +8,8 @@
 
 #include <QSet>
 
-namespace clients {
+namespace clients
+{
 
 ClientSync::ClientSync(platform::AddressBook& book, platform::Dialogs& dialogs, platform::Desktop& desktop,
                        storage::FileStore& files, QString clientsFile, SyncHost& host)

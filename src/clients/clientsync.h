@@ -8,7 +8,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace clients {
+namespace clients
+{
 
 // What the synchronisation needs of the main window: its contactsAccess flag, its client picker,
 // the shared status line with its clearing timer, and the job dialog's client menu.

@@ -3,7 +3,8 @@
 #include <QString>
 
 // Shared texts of the client list and its synchronisation with the contacts.
-namespace Tr {
+namespace Tr
+{
 inline const QString MWClientGroupName = QStringLiteral("Veltrick Clients");
 inline const QString MWNewBookContacts =
     QStringLiteral("A new Group has been created in your Contacts application called Veltrick Clients.");

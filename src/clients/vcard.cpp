@@ -5,9 +5,11 @@
 
 #include <vector>
 
-namespace clients {
+namespace clients
+{
 
-namespace {
+namespace
+{
 
 struct PhysicalLine
 {

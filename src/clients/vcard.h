@@ -6,7 +6,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace clients {
+namespace clients
+{
 
 // One content line of a vCard, unfolded, with its transfer encoding and charset undone. The value
 // keeps its backslash escapes, because where it splits into components depends on the property.

@@ -14,9 +14,11 @@
 #include <cerrno>
 #include <dirent.h>
 
-namespace clients {
+namespace clients
+{
 
-namespace {
+namespace
+{
 
 const QString kCardPrefix = QStringLiteral("card:");
 const QString kFilePrefix = QStringLiteral("file:");

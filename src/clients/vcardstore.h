@@ -8,7 +8,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace clients {
+namespace clients
+{
 
 // The user's contacts as a folder of vCard files, read recursively, the layout that CardDAV sync tools
 // and command-line address books keep. Groups are group cards (vCard 4 KIND:group or the CardDAV form

@@ -262,8 +262,8 @@ void Mainwndo::setListIndex(int index)
 
 void Mainwndo::ListBox1_Change()
 {
-    budgetNotice = ListBox1.hasSelection() &&
-                   trackListindex.contains(ListBox1.selected().cell(CellJob), Qt::CaseInsensitive);
+    budgetNotice =
+        ListBox1.hasSelection() && trackListindex.contains(ListBox1.selected().cell(CellJob), Qt::CaseInsensitive);
     rowcheck();
     m_s.hooks.budgetcheck();
 }

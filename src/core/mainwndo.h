@@ -187,7 +187,7 @@ public:
     void Event_Minimize() { minime = true; }
     void Event_Restore() { minime = false; }
     void Timer2_Action();
-    void Timer4_Action(); // the idle check
+    void Timer4_Action();                 // the idle check
     void showStatus(const QString& text); // a passing notice in the status line, cleared by Timer2
 
     Timesheet& shownList() { return ListBox2Ctl.visible ? ListBox2 : ListBox1; }

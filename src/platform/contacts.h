@@ -5,7 +5,8 @@
 #include <QList>
 #include <QString>
 
-namespace platform {
+namespace platform
+{
 
 // A group of the user's contacts as the store lists it.
 struct AddressBookGroup

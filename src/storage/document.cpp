@@ -12,8 +12,7 @@ namespace storage
 Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
                    QString documentsFolder)
     : m_app(app), m_files(files), m_dialogs(dialogs), m_desktop(desktop), m_documents(std::move(documentsFolder))
-{
-}
+{}
 
 void Document::sesame()
 {

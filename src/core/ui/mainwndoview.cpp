@@ -17,8 +17,7 @@
 namespace core::ui
 {
 
-MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent)
-    : QMainWindow(parent), m_form(form)
+MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent) : QMainWindow(parent), m_form(form)
 {
     setObjectName(QStringLiteral("Mainwndo"));
     auto* central = new QWidget(this);

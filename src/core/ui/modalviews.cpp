@@ -107,8 +107,9 @@ void registerModalViews(platform::qt::QtDialogs& dialogs)
 {
     dialogs.registerView(QStringLiteral("noopps"),
                          [](platform::ModalForm& f, QWidget* parent) { runNoopps(static_cast<Noopps&>(f), parent); });
-    dialogs.registerView(QStringLiteral("dupitwndo"),
-                         [](platform::ModalForm& f, QWidget* parent) { runDupitwndo(static_cast<Dupitwndo&>(f), parent); });
+    dialogs.registerView(QStringLiteral("dupitwndo"), [](platform::ModalForm& f, QWidget* parent) {
+        runDupitwndo(static_cast<Dupitwndo&>(f), parent);
+    });
     dialogs.registerView(QStringLiteral("ttljobtme"), [](platform::ModalForm& f, QWidget* parent) {
         auto& w = static_cast<Ttljobtme&>(f);
         runTotalWindow(Ttljobtme::kTTJDesc, {{Tr::MWJobNo, w.redjobno}, {Tr::MWProject, w.cliproj}}, w.cpyfield,

@@ -1,23 +1,24 @@
 #include "shell/ui/shell.h"
 
+#include "clients/clientview.h"
+#include "clients/ui/addressaddview.h"
+#include "clients/ui/clientpane.h"
 #include "core/texts.h"
 #include "core/ui/mainwndoview.h"
-#include "clients/ui/addressaddview.h"
 #include "core/ui/modalviews.h"
-#include "clients/clientview.h"
-#include "clients/ui/clientpane.h"
 #include "jobs/listbehaviour.h"
 #include "jobs/notes.h"
 #include "jobs/rowops.h"
+#include "jobs/ui/jobdialogview.h"
 #include "jobs/ui/listwiring.h"
 #include "jobs/ui/rowviews.h"
-#include "jobs/ui/jobdialogview.h"
-#include "shell/ui/prefwinview.h"
-#include "storage/clients_file.h"
 #include "netlink/apptexts.h"
 #include "netlink/stylesheet.h"
+#include "shell/ui/prefwinview.h"
+#include "storage/clients_file.h"
 #include "storage/operations_file.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -29,9 +30,8 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTimer>
-#include <QUrl>
-#include <QAbstractItemView>
 #include <QTreeView>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace shell::ui
@@ -41,15 +41,14 @@ struct Shell::Window
 {
     Window(Shell& shell, core::Mainwndo& form)
         : sources(shell.m_files, shell.m_app.prefs, storage::prefFolder(), shell.m_joblst),
-          jobs({form, shell, shell.m_app.prefs, shell.m_clock, shell.m_desktop, shell.m_dialogs, shell.m_timers, sources,
-                shell}),
+          jobs({form, shell, shell.m_app.prefs, shell.m_clock, shell.m_desktop, shell.m_dialogs, shell.m_timers,
+                sources, shell}),
           clientView(form, {shell.m_desktop, shell, shell.m_files, storage::prefFile(storage::kClientsFileName)}),
           rowOps(form, {shell.m_clock, shell.m_desktop, shell.m_dialogs, shell, clientView}),
           notes(form, shell.m_app.prefs, {shell.m_desktop, shell.m_dialogs, clientView}),
           lists(form, {shell.m_clock, shell.m_desktop, clientView, rowOps, notes},
                 {[this] { jobs.doeditjob(); }, [this] { jobs.clone(); }, [this] { jobs.donewjob(); }})
-    {
-    }
+    {}
 
     jobs::FileSources sources;
     jobs::JobOps jobs;
@@ -320,11 +319,12 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
     nusheet->setEnabled(!documentOpen);
     open->setEnabled(!documentOpen);
     if (documentOpen) {
-        file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this, [this] { m_app.closeMainwndo(); });
+        file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this,
+                        [this] { m_app.closeMainwndo(); });
         file->addSeparator();
         QAction* addClient = file->addAction(QStringLiteral("Add New Client…"), this, [this] { m_sync.addClient(); });
-        QAction* syncClients =
-            file->addAction(QStringLiteral("Sync Client List with Contacts"), this, [this] { m_sync._syncAddressBook_Action(); });
+        QAction* syncClients = file->addAction(QStringLiteral("Sync Client List with Contacts"), this,
+                                               [this] { m_sync._syncAddressBook_Action(); });
         // Not while a job runs: the client list is part of what stays still then.
         connect(file, &QMenu::aboutToShow, this, [this, addClient, syncClients] {
             const bool idle = !running();
@@ -368,10 +368,11 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
                                              this, jobCommand(&jobs::JobOps::_duplicate_Action));
         QAction* details = edit->addAction(QStringLiteral("Job Details…"), QKeySequence(QStringLiteral("Ctrl+F")), this,
                                            jobCommand(&jobs::JobOps::_edjobmenu_Action));
-        QAction* notey = edit->addAction(QStringLiteral("Job Notes..."), QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
-            if (m_window)
-                m_window->notes._notey_Action();
-        });
+        QAction* notey =
+            edit->addAction(QStringLiteral("Job Notes..."), QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
+                if (m_window)
+                    m_window->notes._notey_Action();
+            });
         edit->addSeparator();
         QAction* zerorow = edit->addAction(Tr::EMReset, QKeySequence(QStringLiteral("Ctrl+R")), this, [this] {
             if (m_window)
@@ -434,8 +435,9 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
         m_desktop.beep();
     });
     help->addAction(QStringLiteral("About Veltrick"), this, [this] {
-        QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Veltrick"),
-                           QStringLiteral("Veltrick %1\nA timesheet for the hours you bill.").arg(core::App::kAppVersion));
+        QMessageBox::about(
+            QApplication::activeWindow(), QStringLiteral("About Veltrick"),
+            QStringLiteral("Veltrick %1\nA timesheet for the hours you bill.").arg(core::App::kAppVersion));
     });
 }
 

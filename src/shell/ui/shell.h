@@ -3,13 +3,13 @@
 #include "clients/clientsync.h"
 #include "clients/vcardstore.h"
 #include "core/app.h"
-#include "jobs/jobops.h"
 #include "jobs/jobdialog.h"
+#include "jobs/jobops.h"
 #include "netlink/netlinkhost.h"
-#include "shell/prefwin.h"
 #include "netlink/socket1.h"
 #include "platform/clock.h"
 #include "platform/qt/qtplatform.h"
+#include "shell/prefwin.h"
 #include "storage/document.h"
 #include "storage/filestore.h"
 
@@ -29,7 +29,10 @@ namespace shell::ui
 
 // The composition of the running program: the Qt services, the application, the document, the start
 // window and the main window's view, and the answers to the core's calls into the subsystems above it.
-class Shell : public QObject, public core::AppHooks, public core::MainwndoHooks, public netlink::NetLinkHost,
+class Shell : public QObject,
+              public core::AppHooks,
+              public core::MainwndoHooks,
+              public netlink::NetLinkHost,
               public clients::SyncHost,
               public jobs::SpecialwHooks,
               public shell::PrefwinHooks
