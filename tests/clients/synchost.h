@@ -4,7 +4,8 @@
 
 #include <QStringList>
 
-namespace testing {
+namespace testing
+{
 
 // The main window as the synchronisation sees it, recording what it was asked to do.
 class RecordingSyncHost : public clients::SyncHost

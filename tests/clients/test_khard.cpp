@@ -31,9 +31,8 @@ private:
     {
         QProcess process;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), m_dir.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir.path() + QStringLiteral("/config"));
-        env.insert(QStringLiteral("XDG_CACHE_HOME"), m_dir.path() + QStringLiteral("/cache"));
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+            env.insert(QLatin1String(name), m_dir.path());
         process.setProcessEnvironment(env);
         process.start(m_khard, QStringList{QStringLiteral("-c"), config()} + arguments);
         process.write(input);
@@ -42,10 +41,10 @@ private:
             process.kill();
             process.waitForFinished();
         }
-        const QByteArray err = process.readAllStandardError();
-        if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-            qWarning("khard %s failed: %s", qPrintable(arguments.join(QLatin1Char(' '))), err.constData());
-        return process.exitCode() == 0 ? process.readAllStandardOutput() : QByteArray();
+        if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+            return process.readAllStandardOutput();
+        qWarning("khard %s failed: %s", qPrintable(arguments.join(u' ')), process.readAllStandardError().constData());
+        return {};
     }
 
 private slots:
@@ -64,10 +63,8 @@ private slots:
 
     void companiesOfKhardContacts()
     {
-        struct Person
-        {
-            QByteArray first, last, organisation, categories, version;
-        };
+        // clang-format off
+        struct Person { QByteArray first, last, organisation, categories, version; };
         const QList<Person> people{
             {"Ann", "Lee", "Müller, Söhne; AG", "Veltrick Clients", "4.0"},
             {"Bo", "Ek", "Zed Corp", "[Veltrick Clients, Friends]", "3.0"},
@@ -75,6 +72,7 @@ private slots:
             {"Di", "Ho", "Outside Ltd", "Friends", "4.0"},
             {"Ed", "Yu", "", "Veltrick Clients", "4.0"},
         };
+        // clang-format on
         for (const Person& p : people) {
             QByteArray yaml =
                 "First name : " + p.first + "\nLast name : " + p.last + "\nCategories : " + p.categories + "\n";

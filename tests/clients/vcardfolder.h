@@ -7,7 +7,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-namespace testing {
+namespace testing
+{
 
 // A throwaway address book folder that tests fill with vCard text.
 class VCardFolder
@@ -16,22 +17,10 @@ public:
     QString path() const { return m_dir.path() + QStringLiteral("/contacts"); }
 
     // Writes the text as it stands; "\n" in the text stays "\n" unless the test spells "\r\n".
-    void write(const QString& name, const QByteArray& text) const
-    {
-        const QString file = path() + QLatin1Char('/') + name;
-        QDir().mkpath(QFileInfo(file).absolutePath());
-        QFile out(file);
-        if (out.open(QIODevice::WriteOnly))
-            out.write(text);
-    }
+    void write(const QString& name, const QByteArray& text) const { put(path() + QLatin1Char('/') + name, text); }
 
     // Puts a plain file where the folder should be, so that the folder can be neither read nor made.
-    void occupyWithFile() const
-    {
-        QFile out(path());
-        if (out.open(QIODevice::WriteOnly))
-            out.write("not a folder");
-    }
+    void occupyWithFile() const { put(path(), "not a folder"); }
 
     QByteArray read(const QString& name) const
     {
@@ -42,6 +31,13 @@ public:
     QStringList files() const { return QDir(path()).entryList(QDir::Files, QDir::Name); }
 
 private:
+    static void put(const QString& file, const QByteArray& bytes)
+    {
+        QDir().mkpath(QFileInfo(file).absolutePath());
+        QFile out(file);
+        if (out.open(QIODevice::WriteOnly))
+            out.write(bytes);
+    }
     QTemporaryDir m_dir;
 };
 
@@ -51,9 +47,8 @@ class FailingDiskStore : public storage::DiskFileStore
 public:
     platform::Result write(const QString& path, const QByteArray& bytes) override
     {
-        if (failWrites)
-            return platform::Result::failure(28, QStringLiteral("No space left on device"));
-        return storage::DiskFileStore::write(path, bytes);
+        return failWrites ? platform::Result::failure(28, QStringLiteral("No space left on device"))
+                          : storage::DiskFileStore::write(path, bytes);
     }
     bool failWrites = false;
 };

@@ -161,7 +161,8 @@ private slots:
     {
         app->Event_UnhandledException(-3, QStringLiteral("bad_alloc"));
         QCOMPARE(desktop.beeps, 1);
-        QVERIFY(dialogs.messages.first().startsWith(QStringLiteral("Veltrick - Error [-3]\n\nOoops... I can't do that!")));
+        QVERIFY(
+            dialogs.messages.first().startsWith(QStringLiteral("Veltrick - Error [-3]\n\nOoops... I can't do that!")));
     }
 };
 

@@ -33,6 +33,7 @@ public:
     }
 };
 
+// Records which of the other windows the dialog asked for.
 class JobRigHooks : public jobs::SpecialwHooks
 {
 public:
@@ -43,17 +44,13 @@ public:
     void editOperations() override { calls << QStringLiteral("editOperations"); }
     void editPresetJobs() override { calls << QStringLiteral("editPresetJobs"); }
     void joblistupdate() override { calls << QStringLiteral("joblistupdate"); }
-    void syncaddressbook2() override
-    {
-        calls << QStringLiteral("syncaddressbook2");
-        w->contactsAccess = grantAccess;
-    }
+    void syncaddressbook2() override { w->contactsAccess = grantAccess; }
     void showAddressadd() override { calls << QStringLiteral("showAddressadd"); }
 };
 
 struct JobRig
 {
-    inline static const QString kFolder = QStringLiteral("/prefs");
+    inline static const QString kFolder = QStringLiteral("/prefs/");
 
     core::AppPrefs prefs;
     FakeClock clock;
@@ -64,31 +61,30 @@ struct JobRig
     storage::PresetJobList joblst;
     JobRigMainHooks mainHooks;
     JobRigHooks hooks;
-    jobs::FileSources sources{files, prefs, kFolder, joblst};
+    jobs::FileSources sources{files, prefs, QStringLiteral("/prefs"), joblst};
     core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, mainHooks}};
-    jobs::JobOps ops{{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks}};
+    jobs::JobServices services{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks};
+    jobs::JobOps ops{services};
 
     JobRig()
     {
-        mainHooks.w = &w;
-        hooks.w = &w;
+        mainHooks.w = hooks.w = &w;
         prefs.usrname = QStringLiteral("Ann");
     }
 
     void writeOperations(const storage::OperationList& list)
     {
-        files.files[kFolder + QStringLiteral("/") + storage::kOperationsFileName] = storage::encodeOperations(list);
+        files.files[kFolder + storage::kOperationsFileName] = storage::encodeOperations(list);
     }
     void writeClients(const QStringList& names)
     {
-        files.files[kFolder + QStringLiteral("/") + storage::kClientsFileName] = storage::encodeClientList(names);
+        files.files[kFolder + storage::kClientsFileName] = storage::encodeClientList(names);
     }
 
     // A dialog made and opened as the operations make it, for tests of the form on its own.
     std::unique_ptr<jobs::specialw> makeDialog(bool& openFlag)
     {
-        auto d = std::make_unique<jobs::specialw>(
-            jobs::JobServices{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks}, openFlag);
+        auto d = std::make_unique<jobs::specialw>(services, openFlag);
         d->Event_Open();
         return d;
     }
@@ -114,10 +110,7 @@ struct JobRig
     // Saves with OK and lets the closing timer fire, as the event loop would.
     static void saveAndClose(jobs::specialw& d)
     {
-        if (d.okjob2.visible)
-            d.okjob2_Action();
-        else
-            d.okjob_Action();
+        d.okjob2.visible ? d.okjob2_Action() : d.okjob_Action();
         timer(d.specialtimer()).fire();
     }
 

@@ -108,53 +108,42 @@ private slots:
         QVERIFY(!page.contains("hidden"));
     }
 
+    // Rows are striped with the selected one lit. Between rows the window runs: rows may go, come or be
+    // selected, and the page follows the list as it is at each row without reading past its end.
     void stripesAndSelection_data()
     {
         QTest::addColumn<int>("rows");
         QTest::addColumn<int>("selected");
+        QTest::addColumn<QString>("change");
         QTest::addColumn<QStringList>("classes");
-        QTest::newRow("none selected") << 3 << -1 << QStringList{"roweven", "rowodd", "roweven"};
-        QTest::newRow("middle selected") << 5 << 2 << QStringList{"roweven", "rowodd", "hilite", "rowodd", "roweven"};
-        QTest::newRow("odd row selected") << 4 << 1 << QStringList{"roweven", "hilite", "roweven", "rowodd"};
-        QTest::newRow("first selected") << 2 << 0 << QStringList{"hilite", "rowodd"};
+        QTest::addColumn<QStringList>("jobs");
+        // clang-format off
+        QTest::newRow("none selected") << 3 << -1 << "" << QStringList{"roweven", "rowodd", "roweven"} << QStringList{"J0", "J1", "J2"};
+        QTest::newRow("middle selected") << 5 << 2 << "" << QStringList{"roweven", "rowodd", "hilite", "rowodd", "roweven"} << QStringList{"J0", "J1", "J2", "J3", "J4"};
+        QTest::newRow("odd row selected") << 4 << 1 << "" << QStringList{"roweven", "hilite", "roweven", "rowodd"} << QStringList{"J0", "J1", "J2", "J3"};
+        QTest::newRow("first selected") << 2 << 0 << "" << QStringList{"hilite", "rowodd"} << QStringList{"J0", "J1"};
+        QTest::newRow("emptied between rows") << 3 << -1 << "clear" << QStringList{"roweven"} << QStringList{"J0"};
+        QTest::newRow("row added between rows") << 3 << -1 << "add" << QStringList{"roweven", "rowodd", "roweven", "rowodd"} << QStringList{"J0", "J1", "J2", "NEW"};
+        QTest::newRow("last selected between rows") << 3 << -1 << "select" << QStringList{"roweven", "rowodd", "hilite"} << QStringList{"J0", "J1", "J2"};
+        // clang-format on
     }
     void stripesAndSelection()
     {
         QFETCH(int, rows);
         QFETCH(int, selected);
-        QFETCH(QStringList, classes);
-        QCOMPARE(rowClasses(buildPage(sheetOf(rows, selected), false, QString(), QString())), classes);
-    }
-
-    // Between rows the window runs: rows may go, come or be selected, and the page follows the list
-    // as it is at each row without reading past its end.
-    void listChangesBetweenRows_data()
-    {
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<QStringList>("jobs");
-        QTest::addColumn<QStringList>("classes");
-        QTest::newRow("emptied") << "clear" << QStringList{"J0"} << QStringList{"roweven"};
-        QTest::newRow("row added") << "add" << QStringList{"J0", "J1", "J2", "NEW"}
-                                   << QStringList{"roweven", "rowodd", "roweven", "rowodd"};
-        QTest::newRow("last selected") << "select" << QStringList{"J0", "J1", "J2"}
-                                       << QStringList{"roweven", "rowodd", "hilite"};
-    }
-    void listChangesBetweenRows()
-    {
         QFETCH(QString, change);
-        QFETCH(QStringList, jobs);
         QFETCH(QStringList, classes);
-        core::Timesheet sheet = sheetOf(3);
+        QFETCH(QStringList, jobs);
+        core::Timesheet sheet = sheetOf(rows, selected);
         bool first = true;
         const QByteArray page = buildPage(sheet, false, QString(), QString(), [&] {
-            if (!first)
+            if (!std::exchange(first, false))
                 return;
-            first = false;
             if (change == QLatin1String("clear"))
                 sheet.DeleteAllRows();
             else if (change == QLatin1String("add"))
                 sheet.AddRow(jobRow(QStringLiteral("NEW")));
-            else
+            else if (change == QLatin1String("select"))
                 sheet.ListIndex = 2;
         });
         QStringList shown;
@@ -168,40 +157,34 @@ private slots:
 
     void loadStyleSheet_data()
     {
-        QTest::addColumn<QStringList>("files"); // relative to a prefix whose bin/ is the program's folder
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("beside the program") << QStringList{"bin/styleSheet.txt"} << true << "bin/styleSheet.txt";
-        QTest::newRow("installed") << QStringList{"share/veltrick/styleSheet.txt"} << true
-                                   << "share/veltrick/styleSheet.txt";
-        QTest::newRow("beside wins") << QStringList{"share/veltrick/styleSheet.txt", "bin/styleSheet.txt"} << true
+        // Relative to a prefix whose bin/ is the program's folder; a sheet found reads as the name of its file.
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("found");
+        QTest::newRow("installed") << QStringList{"share/veltrick/styleSheet.txt"} << "share/veltrick/styleSheet.txt";
+        QTest::newRow("beside wins") << QStringList{"share/veltrick/styleSheet.txt", "bin/styleSheet.txt"}
                                      << "bin/styleSheet.txt";
-        QTest::newRow("missing") << QStringList{"bin/other.txt"} << false << QString();
-        QTest::newRow("far too large") << QStringList{"bin/styleSheet.txt=huge"} << false << QString();
+        QTest::newRow("missing") << QStringList{"bin/other.txt"} << QString();
+        QTest::newRow("far too large") << QStringList{"bin/styleSheet.txt=huge"} << QString();
     }
     void loadStyleSheet()
     {
         QFETCH(QStringList, files);
-        QFETCH(bool, ok);
-        QFETCH(QString, text);
+        QFETCH(QString, found);
         QTemporaryDir prefix;
         const QString appDir = prefix.filePath(QStringLiteral("bin"));
         for (const QString& spec : files) {
             const QString name = spec.section(QLatin1Char('='), 0, 0);
-            const QByteArray bytes = spec.endsWith(QLatin1String("=huge")) ? QByteArray(2 << 20, 'x') : name.toUtf8();
-            writeFile(prefix.filePath(name), bytes);
+            writeFile(prefix.filePath(name),
+                      spec.endsWith(QLatin1String("=huge")) ? QByteArray(2 << 20, 'x') : name.toUtf8());
         }
-        if (!ok) {
-            const QStringList others = styleSheetCandidates(appDir).mid(2);
-            for (const QString& other : others)
-                if (QFile::exists(other))
-                    QSKIP("an installed style sheet would be found");
-        }
+        for (const QString& other : styleSheetCandidates(appDir).mid(2))
+            if (found.isEmpty() && QFile::exists(other))
+                QSKIP("an installed style sheet would be found");
         QString loaded = QStringLiteral("stale");
         const platform::Result result = netlink::loadStyleSheet(appDir, loaded);
-        QCOMPARE(result.ok(), ok);
-        QCOMPARE(loaded, text);
-        if (!ok)
+        QCOMPARE(result.ok(), !found.isEmpty());
+        QCOMPARE(loaded, found);
+        if (!result.ok())
             QCOMPARE(result.message, kAppStyleSheetFailure);
     }
 

@@ -87,56 +87,28 @@ private slots:
     }
     void cleanup() { server.reset(); }
 
-    // The page goes out once, after the packet that ends the request, whatever came before it.
+    // The page goes out once, after the packet that ends the request, whatever came before it, and
+    // is the page of the list as it stands.
     void answersAfterTheEndOfTheRequest_data()
     {
         QTest::addColumn<QList<QByteArray>>("packets");
-        QTest::newRow("one packet") << QList<QByteArray>{kGet};
-        QTest::newRow("split in the header") << QList<QByteArray>{"GET / HT", "TP/1.0\r\nHost: a\r\n", "\r\n"};
-        QTest::newRow("split in the end") << QList<QByteArray>{"GET / HTTP/1.0\r\n\r", "\n"};
-        QTest::newRow("any method and path") << QList<QByteArray>{"DELETE /x/../y?z=1 HTTP/9\r\n\r\n"};
-        QTest::newRow("binary junk") << QList<QByteArray>{QByteArray("\0\xff\xfe\r\n", 5), "\r\n\r\n"};
-    }
-    void answersAfterTheEndOfTheRequest()
-    {
-        QFETCH(QList<QByteArray>, packets);
-        host.sheet.AddRow(core::JobRow());
-        Browser browser(server->Port());
-        for (qsizetype i = 0; i < packets.size(); ++i) {
-            browser.send(packets[i]);
-            if (i + 1 < packets.size()) {
-                QTRY_VERIFY(host.statuses.contains(Socket1::kMWDSTxtSending));
-                QTest::qWait(50);
-                QVERIFY(!browser.closedByServer());
-                QVERIFY(browser.socket.bytesAvailable() == 0);
-            }
-        }
-        QTRY_VERIFY(browser.closedByServer());
-        QCOMPARE(browser.received(), expectedPage());
-        QCOMPARE(host.statuses.first(), Socket1::kMWDSTxtConnected);
-        QCOMPARE(host.statuses.mid(1).count(Socket1::kMWDSTxtSending), host.statuses.size() - 1);
-        QCOMPARE(host.ip, QStringLiteral("127.0.0.1"));
-        QCOMPARE(host.timer2Starts, 1);
-        // Re-armed: the reload a minute later is served the same way.
-        QCOMPARE(fetch(), expectedPage());
-        QCOMPARE(host.timer2Starts, 2);
-    }
-
-    void pageOverTheWire_data()
-    {
         QTest::addColumn<int>("rows");
         QTest::addColumn<int>("selected");
         QTest::addColumn<bool>("running");
         QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("empty timesheet") << 0 << -1 << false << QByteArray("</td><td>Notes:</td>\r\n</tr>\r\n</table>");
-        QTest::newRow("running marker") << 1 << -1 << true << QByteArray("<hr class=\"runstart\"><table ");
-        QTest::newRow("markup in a cell") << 1 << -1 << false << QByteArray("<td><a href=\"x\">P&amp;</a></td>");
-        QTest::newRow("selected in the middle")
-            << 3 << 1 << false
-            << QByteArray("<tr class=\"roweven\">\r\n<td></td><td></td><td><a href=\"x\">P&amp;</a></td>");
+        const QByteArray markup("<td><a href=\"x\">P&amp;</a></td>");
+        using Packets = QList<QByteArray>;
+        // clang-format off
+        QTest::newRow("one packet, empty timesheet") << Packets{kGet} << 0 << -1 << false << QByteArray("</td><td>Notes:</td>\r\n</tr>\r\n</table>");
+        QTest::newRow("split in the header, running marker") << Packets{"GET / HT", "TP/1.0\r\nHost: a\r\n", "\r\n"} << 1 << -1 << true << QByteArray("<hr class=\"runstart\"><table ");
+        QTest::newRow("split in the end, markup in a cell") << Packets{"GET / HTTP/1.0\r\n\r", "\n"} << 1 << -1 << false << markup;
+        QTest::newRow("any method and path, selected in the middle") << Packets{"DELETE /x/../y?z=1 HTTP/9\r\n\r\n"} << 3 << 1 << false << "<tr class=\"roweven\">\r\n<td></td><td></td>" + markup;
+        QTest::newRow("binary junk") << Packets{QByteArray("\0\xff\xfe\r\n", 5), "\r\n\r\n"} << 1 << -1 << false << markup;
+        // clang-format on
     }
-    void pageOverTheWire()
+    void answersAfterTheEndOfTheRequest()
     {
+        QFETCH(QList<QByteArray>, packets);
         QFETCH(int, rows);
         QFETCH(int, selected);
         QFETCH(bool, running);
@@ -148,10 +120,28 @@ private slots:
         }
         host.sheet.ListIndex = selected;
         host.run = running;
-        const QByteArray page = fetch();
+        Browser browser(server->Port());
+        for (qsizetype i = 0; i < packets.size(); ++i) {
+            browser.send(packets[i]);
+            if (i + 1 < packets.size()) {
+                QTRY_VERIFY(host.statuses.contains(Socket1::kMWDSTxtSending));
+                QTest::qWait(50);
+                QVERIFY(!browser.closedByServer());
+                QVERIFY(browser.socket.bytesAvailable() == 0);
+            }
+        }
+        QTRY_VERIFY(browser.closedByServer());
+        const QByteArray page = browser.received();
+        QCOMPARE(page, expectedPage());
         QVERIFY2(page.contains(expected), page.constData());
-        QVERIFY(page.endsWith("</html>"));
         QCOMPARE(page.count("<tr class=\"hilite\">"), selected >= 0 ? 1 : 0);
+        QCOMPARE(host.statuses.first(), Socket1::kMWDSTxtConnected);
+        QCOMPARE(host.statuses.mid(1).count(Socket1::kMWDSTxtSending), host.statuses.size() - 1);
+        QCOMPARE(host.ip, QStringLiteral("127.0.0.1"));
+        QCOMPARE(host.timer2Starts, 1);
+        // Re-armed: the reload a minute later is served the same way.
+        QCOMPARE(fetch(), expectedPage());
+        QCOMPARE(host.timer2Starts, 2);
     }
 
     // No answer for a request that does not end in an empty line; the client holds the server,
@@ -221,14 +211,14 @@ private slots:
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::Any, 0));
         Socket1 second(host, desktop);
-        const quint16 port = other.serverPort();
-        second.setPort(port);
+        second.setPort(other.serverPort());
         const platform::Result result = second.Listen();
         QCOMPARE(result.code, int(QAbstractSocket::AddressInUseError));
         QVERIFY(!result.message.isEmpty());
         QVERIFY(!second.isListening());
         QCOMPARE(host.statuses.last(), QStringLiteral("Net Link: Connection error! 8"));
         QCOMPARE(host.timer2Starts, 1);
+        const quint16 port = other.serverPort();
         other.close();
         QVERIFY(second.Listen().ok());
         QCOMPARE(second.Port(), port);

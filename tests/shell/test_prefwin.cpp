@@ -70,9 +70,8 @@ private slots:
         prefs = {};
         dialogs = {};
         desktop = {};
-        files.files.clear();
-        files.failWrites = false;
         hooks = {};
+        files = {};
     }
     void cleanup() { QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(u'\n'))); }
 
@@ -121,14 +120,12 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("description");
         QTest::addColumn<Operation>("expected");
-        QTest::newRow("ampersand") << "R&D"
-                                   << "Lab & bench" << Operation{"R&D", "Lab & bench"};
-        QTest::newRow("non-ASCII") << "Café ☕"
-                                   << "Größe 東京" << Operation{"Café ☕", "Größe 東京"};
-        QTest::newRow("pasted dash") << "Pre-press"
-                                     << "" << Operation{"Prepress", ""};
-        QTest::newRow("long name") << QString(30, u'n') << QString(100, u'd')
-                                   << Operation{QString(20, u'n'), QString(90, u'd')};
+        // clang-format off
+        QTest::newRow("ampersand") << "R&D" << "Lab & bench" << Operation{"R&D", "Lab & bench"};
+        QTest::newRow("non-ASCII") << "Café ☕" << "Größe 東京" << Operation{"Café ☕", "Größe 東京"};
+        QTest::newRow("pasted dash") << "Pre-press" << "" << Operation{"Prepress", ""};
+        QTest::newRow("long name") << QString(30, u'n') << QString(100, u'd') << Operation{QString(20, u'n'), QString(90, u'd')};
+        // clang-format on
     }
     void typedOperationsAreStoredAsTyped()
     {
@@ -141,20 +138,6 @@ private slots:
         QCOMPARE(stored(), OperationList{expected});
         QCOMPARE(form.opplistnow, OperationList{expected});
         QVERIFY(form.newopp.Text.isEmpty() && form.newdesc.Text.isEmpty());
-    }
-
-    void changingARowOverwritesIt()
-    {
-        files.files[kOps] = storage::encodeOperations(someOperations(3));
-        prefwin form(services());
-        form.Event_Open({});
-        form.opplistnow_Change(1);
-        form.newopp_TextChange(QStringLiteral("Edited"));
-        form.addnew_Action();
-        QCOMPARE(stored().at(1).name, QStringLiteral("Edited"));
-        QCOMPARE(stored().size(), 3);
-        QCOMPARE(form.opplistnowIndex, -1);
-        QCOMPARE(hooks.calls, QStringList{QStringLiteral("refresh")});
     }
 
     void the128thOperationIsRefused()
@@ -172,26 +155,29 @@ private slots:
         form.opplistnow_Change(126);                                // a full list can still be edited
         form.newopp_TextChange(QStringLiteral("Last"));
         form.addnew_Action();
+        QCOMPARE(stored().size(), storage::kMaxOperations); // overwritten, not added
         QCOMPARE(stored().last().name, QStringLiteral("Last"));
+        QCOMPARE(stored().at(125).name, QStringLiteral("Op125"));
+        QCOMPARE(form.opplistnowIndex, -1);
+        QCOMPARE(hooks.calls, QStringList{QStringLiteral("refresh")});
     }
 
     void openingShowsTheSettings()
     {
-        prefs.rmteops = QStringLiteral("/shared/ops");
-        prefs.waittime = 7;
-        prefs.fontsize = 14;
-        prefs.chosefont = prefwin::kSystemFont;
-        prefs.exportFormat = QStringLiteral("txt");
-        prefs.xprtEncoding = 9;
-        prefs.netlook = true;
-        prefs.statustrans = 55;
-        hooks.screen = 1;
+        // clang-format off
+        prefs.rmteops = QStringLiteral("/shared/ops"); prefs.waittime = 7; prefs.fontsize = 14;
+        prefs.chosefont = prefwin::kSystemFont; prefs.exportFormat = QStringLiteral("txt"); prefs.xprtEncoding = 9;
+        prefs.netlook = true; prefs.statustrans = 55; hooks.screen = 1;
+        // clang-format on
         desktop.screenList = {QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
         prefwin form(services());
         form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans")});
         QVERIFY(prefs.rmteops.isEmpty()); // opening ends the use of a group list
         QCOMPARE(form.Typesize, 3);
         QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans"}));
+        form.lstfont_Change(3); // the chosen font moves to the top
+        QCOMPARE(form.lstfont.first(), QStringLiteral("Sans"));
+        QCOMPARE(prefs.chosefont, QStringLiteral("Sans"));
         QVERIFY(form.prefRadioText && !form.prefRadioExcel);
         QCOMPARE(form.formatMenu, 0);
         QVERIFY(form.netconnect.Value && form.restartWeb.Enabled);
@@ -207,18 +193,6 @@ private slots:
         QVERIFY(again.statusshow.Enabled && again.statusshow.Value && again.Slider1.Enabled);
         QCOMPARE(again.Slider1.Value, 55);
         QCOMPARE(again.Transvalue, QStringLiteral("55%"));
-    }
-
-    void fontChoiceKeepsTheCurrentFontFirst()
-    {
-        prefwin form(services());
-        form.Event_Open({QStringLiteral("Mono"), QStringLiteral("Sans")});
-        QCOMPARE(form.lstfont, (QStringList{"Verdana", "", "Mono", "Sans", "", "System Default"}));
-        form.lstfont_Change(5);
-        QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans", "", "System Default"}));
-        form.lstfont_Change(3);
-        QCOMPARE(form.lstfont.first(), QStringLiteral("Sans"));
-        QCOMPARE(prefs.chosefont, QStringLiteral("Sans"));
     }
 
     void statusStripFollowsTheControls()
@@ -263,16 +237,22 @@ private slots:
         QCOMPARE(hooks.calls, calls);
     }
 
-    void aFailedListWriteKeepsTheWindowOpen()
+    void exportCopyAndFailedWrites()
     {
-        files.files[kOps] = storage::encodeOperations(someOperations(1));
-        files.failWrites = true;
+        files.files[kOps] = storage::encodeOperations({{"Design", "Draw\tand plan"}, {"R&D", ""}});
         prefwin form(services());
         form.Event_Open({});
+        form.exportlist_Action();
+        QCOMPARE(files.files.value(kDesk + "/Veltrick Operations.txt"), QByteArray("Design\tDraw and plan\nR&D\t\n"));
+        QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefCopyMessage});
+        files.failWrites = true;
+        form.exportlist_Action();
+        QVERIFY(dialogs.messages.last().startsWith(prefwin::kPrefCopyFailed));
+        // A list that cannot be written keeps the window open.
         form.Saveprefa_Action();
         QVERIFY(!form.closed());
-        QCOMPARE(dialogs.messages.size(), 1);
-        QVERIFY(dialogs.messages.first().startsWith(prefwin::kPrefOpsWriteError));
+        QCOMPARE(dialogs.messages.size(), 3);
+        QVERIFY(dialogs.messages.last().startsWith(prefwin::kPrefOpsWriteError));
         QVERIFY(!hooks.calls.contains(QStringLiteral("saveprefs")));
     }
 
@@ -313,19 +293,6 @@ private slots:
         QVERIFY(prefs.rmteops.isEmpty());
         QCOMPARE(form.opplistnow, someOperations(2));
         QCOMPARE(form.StaticText1.Text, prefwin::kPrefNOTxt);
-    }
-
-    void exportWritesACopyOnTheDesktop()
-    {
-        files.files[kOps] = storage::encodeOperations({{"Design", "Draw\tand plan"}, {"R&D", ""}});
-        prefwin form(services());
-        form.Event_Open({});
-        form.exportlist_Action();
-        QCOMPARE(files.files.value(kDesk + "/Veltrick Operations.txt"), QByteArray("Design\tDraw and plan\nR&D\t\n"));
-        QCOMPARE(dialogs.messages, QStringList{prefwin::kPrefCopyMessage});
-        files.failWrites = true;
-        form.exportlist_Action();
-        QVERIFY(dialogs.messages.last().startsWith(prefwin::kPrefCopyFailed));
     }
 };
 

@@ -7,23 +7,18 @@ using core::AppPrefs;
 namespace
 {
 
+// Text lengths of a file written from the defaults.
+const QList<int> kDefaultLengths = {7, 19, 12, 0, 0, 0};
+
 // Byte offset of the I16 field `number` (1-based) in a file whose six texts have the given lengths.
-int offsetOf(int number, const QList<int>& textLengths)
+int offsetOf(int number, const QList<int>& textLengths = kDefaultLengths)
 {
     static const QList<int> texts = {2, 4, 5, 17, 19, 21};
     int offset = 0;
-    int text = 0;
-    for (int field = 1; field < number; ++field) {
-        if (texts.contains(field))
-            offset += 1 + textLengths[text++];
-        else
-            offset += 2;
-    }
+    for (int field = 1, text = 0; field < number; ++field)
+        offset += texts.contains(field) ? 1 + textLengths[text++] : 2;
     return offset;
 }
-
-// Text lengths of a file written from the defaults.
-const QList<int> kDefaultLengths = {7, 19, 12, 0, 0, 0};
 
 void setI16(QByteArray& bytes, int offset, int value)
 {
@@ -39,31 +34,16 @@ int i16At(const QByteArray& bytes, int offset)
 AppPrefs changedPrefs()
 {
     AppPrefs p;
-    p.fontsize = 14;
-    p.chosefont = QStringLiteral("DejaVu Sans");
-    p.dateon = false;
-    p.iam = QStringLiteral("Gedruckt am – Überblick");
-    p.usrname = QStringLiteral("Zoë Müller");
-    p.wintop = -20;
-    p.expbr = true;
-    p.expnt = false;
-    p.red = 0;
-    p.rmteops = QStringLiteral("/srv/team/VK8 Opps List");
-    p.nteon = true;
-    p.netlook = true;
-    p.lastdoc = QStringLiteral("/home/zoë/Week 47.vlk");
-    p.autopen = true;
-    p.waittime = 15;
-    p.statusquo = false;
-    p.statusleft = -300;
-    p.howmanyscreens = 2;
-    p.statustrans = 20;
-    p.dokflash = 0;
-    p.killQuit = 0;
-    p.presetwinWidth = 1200;
-    p.exportFormat = QStringLiteral("txt");
-    p.updatetime = 3;
+    // clang-format off
+    p.fontsize = 14; p.chosefont = QStringLiteral("DejaVu Sans"); p.dateon = false;
+    p.iam = QStringLiteral("Gedruckt am – Überblick"); p.usrname = QStringLiteral("Zoë Müller");
+    p.wintop = -20; p.expbr = true; p.expnt = false; p.red = 0;
+    p.rmteops = QStringLiteral("/srv/team/VK8 Opps List"); p.nteon = true; p.netlook = true;
+    p.lastdoc = QStringLiteral("/home/zoë/Week 47.vlk"); p.autopen = true; p.waittime = 15;
+    p.statusquo = false; p.statusleft = -300; p.howmanyscreens = 2; p.statustrans = 20; p.dokflash = 0;
+    p.killQuit = 0; p.presetwinWidth = 1200; p.exportFormat = QStringLiteral("txt"); p.updatetime = 3;
     p.xprtEncoding = 2;
+    // clang-format on
     return p;
 }
 
@@ -100,58 +80,37 @@ private slots:
         prefs.howmanyscreens = 7;
         prefs.xprtEncoding = 3;
         const QByteArray bytes = storage::encodePrefs(prefs);
-        const QList<int>& lengths = kDefaultLengths;
-        QCOMPARE(bytes.size(), offsetOf(44, lengths));
-        QCOMPARE(bytes.mid(offsetOf(2, lengths), 8), QByteArray("\x07Verdana"));
-        QCOMPARE(i16At(bytes, offsetOf(27, lengths)), 501); // statusleft, after reserved field 19
-        QCOMPARE(i16At(bytes, offsetOf(29, lengths)), 7);   // howmanyscreens, after reserved field 28
-        QCOMPARE(i16At(bytes, offsetOf(34, lengths)), 400); // winheight
-        QCOMPARE(i16At(bytes, offsetOf(40, lengths)), 1);   // exportFormat "xls"
-        QCOMPARE(i16At(bytes, offsetOf(42, lengths)), 3);   // xprtEncoding
-        QCOMPARE(i16At(bytes, offsetOf(43, lengths)), 0);   // reserved, the last field
+        QCOMPARE(bytes.size(), offsetOf(44));
+        QCOMPARE(bytes.mid(offsetOf(2), 8), QByteArray("\x07Verdana"));
+        QCOMPARE(i16At(bytes, offsetOf(27)), 501); // statusleft, after reserved field 19
+        QCOMPARE(i16At(bytes, offsetOf(29)), 7);   // howmanyscreens, after reserved field 28
+        QCOMPARE(i16At(bytes, offsetOf(34)), 400); // winheight
+        QCOMPARE(i16At(bytes, offsetOf(40)), 1);   // exportFormat "xls"
+        QCOMPARE(i16At(bytes, offsetOf(42)), 3);   // xprtEncoding
+        QCOMPARE(i16At(bytes, offsetOf(43)), 0);   // reserved, the last field
     }
 
-    void storedBooleans_data()
+    // Booleans are true only when stored as 1; exportFormat is "xls" only when stored as 1.
+    void storedFlags_data()
     {
         QTest::addColumn<int>("stored");
-        QTest::addColumn<bool>("expected");
-        QTest::newRow("1 is true") << 1 << true;
-        QTest::newRow("0 is false") << 0 << false;
-        QTest::newRow("2 is false") << 2 << false;
-        QTest::newRow("-1 is false") << -1 << false;
-        QTest::newRow("257 is false") << 257 << false;
+        for (const int stored : {1, 0, 2, -1, 257})
+            QTest::addRow("%d", stored) << stored;
     }
-    void storedBooleans()
+    void storedFlags()
     {
         QFETCH(int, stored);
-        QFETCH(bool, expected);
+        const bool one = stored == 1;
         QByteArray bytes = storage::encodePrefs(AppPrefs());
-        for (const int field : {3, 22}) // dateon (default true), autopen (default false)
-            setI16(bytes, offsetOf(field, kDefaultLengths), stored);
+        for (const int field : {3, 22, 40}) // dateon (default true), autopen (default false), exportFormat
+            setI16(bytes, offsetOf(field), stored);
         const AppPrefs read = storage::decodePrefs(bytes, AppPrefs());
-        QCOMPARE(read.dateon, expected);
-        QCOMPARE(read.autopen, expected);
+        QCOMPARE(read.dateon, one);
+        QCOMPARE(read.autopen, one);
+        QCOMPARE(read.exportFormat, one ? QStringLiteral("xls") : QStringLiteral("txt"));
         const QByteArray rewritten = storage::encodePrefs(read);
-        QCOMPARE(i16At(rewritten, offsetOf(3, kDefaultLengths)), expected ? 1 : 0);
-    }
-
-    void exportFormat_data()
-    {
-        QTest::addColumn<int>("stored");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("1 is xls") << 1 << "xls";
-        QTest::newRow("0 is txt") << 0 << "txt";
-        QTest::newRow("2 is txt") << 2 << "txt";
-    }
-    void exportFormat()
-    {
-        QFETCH(int, stored);
-        QFETCH(QString, expected);
-        QByteArray bytes = storage::encodePrefs(AppPrefs());
-        setI16(bytes, offsetOf(40, kDefaultLengths), stored);
-        const AppPrefs read = storage::decodePrefs(bytes, AppPrefs());
-        QCOMPARE(read.exportFormat, expected);
-        QCOMPARE(i16At(storage::encodePrefs(read), offsetOf(40, kDefaultLengths)), stored == 1 ? 1 : 0);
+        for (const int field : {3, 40})
+            QCOMPARE(i16At(rewritten, offsetOf(field)), one ? 1 : 0);
     }
 
     void userNameIsMacRoman()

@@ -9,8 +9,8 @@ using core::Timesheet;
 namespace
 {
 
-JobRow makeRow(const QStringList& cells, const QString& run, const QString& note, const QString& user,
-               const QString& budget)
+JobRow makeRow(const QStringList& cells, const QString& run = {}, const QString& note = {}, const QString& user = {},
+               const QString& budget = {})
 {
     JobRow row;
     for (int i = 0; i < cells.size(); ++i)
@@ -26,13 +26,11 @@ Timesheet sampleSheet(int rows)
 {
     Timesheet sheet;
     for (int i = 0; i < rows; ++i)
-        sheet.AddRow(
-            makeRow({QStringLiteral("22/11/26"), QStringLiteral("J%1").arg(i), QStringLiteral("Project"),
-                     QStringLiteral("01"), QString::number(i % 60), QStringLiteral("Design"), QStringLiteral("Acme")},
-                    i % 2 ? QStringLiteral("**") : QString(), QStringLiteral("note %1").arg(i),
-                    QStringLiteral("Default User"), QString()));
-    sheet.starthrs = QStringLiteral("09");
-    sheet.startmin = QStringLiteral("41");
+        sheet.AddRow(makeRow(
+            {"22/11/26", QStringLiteral("J%1").arg(i), "Project", "01", QString::number(i % 60), "Design", "Acme"},
+            i % 2 ? "**" : "", QStringLiteral("note %1").arg(i), "Default User", ""));
+    sheet.starthrs = "09";
+    sheet.startmin = "41";
     return sheet;
 }
 
@@ -55,19 +53,17 @@ private slots:
         QTest::addColumn<Timesheet>("sheet");
         QTest::newRow("empty") << Timesheet();
         Timesheet texts;
-        texts.AddRow(makeRow({QStringLiteral("22.11.2026"), QStringLiteral("Ä-17"), QStringLiteral("Café \"Zürich\""),
-                              QStringLiteral("125"), QStringLiteral("07"), QStringLiteral("Entwurf\tPläne"),
-                              QStringLiteral("日本語 🙂")},
-                             QStringLiteral("**"), QStringLiteral("line one\r\nline two\nthree\ttab \"q\" 'q'"),
-                             QStringLiteral("Zoë"), QStringLiteral("over")));
-        texts.AddRow(makeRow({QStringLiteral("1/2/26")}, QString(), QString(), QString(), QString()));
-        texts.AddRow(makeRow({QStringLiteral("1/2/26"), QStringLiteral("x")}, QStringLiteral("*"), QString(), QString(),
-                             QString()));
-        texts.starthrs = QStringLiteral("23");
-        texts.startmin = QStringLiteral("59");
+        // clang-format off
+        texts.AddRow(makeRow({"22.11.2026", "Ä-17", "Café \"Zürich\"", "125", "07", "Entwurf\tPläne", "日本語 🙂"}, "**",
+                             "line one\r\nline two\nthree\ttab \"q\" 'q'", "Zoë", "over"));
+        // clang-format on
+        texts.AddRow(makeRow({"1/2/26"}));
+        texts.AddRow(makeRow({"1/2/26", "x"}, "*"));
+        texts.starthrs = "23";
+        texts.startmin = "59";
         QTest::newRow("texts and run tags") << texts;
         Timesheet longest;
-        longest.AddRow(makeRow({QString(186, u'n')}, QString(), QString(62, u'€'), QString(), QString()));
+        longest.AddRow(makeRow({QString(186, u'n')}, {}, QString(62, u'€')));
         QTest::newRow("fields at the byte bound") << longest;
         QTest::newRow("many rows") << sampleSheet(500);
     }
@@ -79,11 +75,11 @@ private slots:
         QCOMPARE(cut, 0);
         QVERIFY(read.complete);
         QVERIFY(read.error.isEmpty());
-        QCOMPARE(read.sheet.rows.size(), sheet.rows.size());
-        for (size_t i = 0; i < sheet.rows.size(); ++i)
-            QCOMPARE(read.sheet.rows[i], sheet.rows[i]);
-        QCOMPARE(read.sheet.starthrs, sheet.starthrs);
-        QCOMPARE(read.sheet.startmin, sheet.startmin);
+        QCOMPARE(read.sheet, sheet);
+        // A count written little-endian reads the same; 500 rows put the high bit in its first byte.
+        const storage::ReadResult swapped = storage::decodeTimesheet(swappedCount(storage::encodeTimesheet(sheet)));
+        QVERIFY(swapped.complete);
+        QCOMPARE(swapped.sheet, sheet);
     }
 
     void exactBytes()
@@ -91,10 +87,8 @@ private slots:
         QCOMPARE(storage::encodeTimesheet(Timesheet()), QByteArray("\0\0\0\0\0\0", 6));
 
         Timesheet sheet;
-        sheet.AddRow(makeRow(
-            {QStringLiteral("1/2/26"), QStringLiteral("A"), QString(), QStringLiteral("07"), QStringLiteral("05")},
-            QStringLiteral("**"), QString(), QStringLiteral("Al"), QString()));
-        sheet.starthrs = QStringLiteral("09");
+        sheet.AddRow(makeRow({"1/2/26", "A", "", "07", "05"}, "**", "", "Al"));
+        sheet.starthrs = "09";
         const QByteArray expected = QByteArray("\0\0\0\1", 4) + "\x08MS8yLzI2" + "\x04QQ==" + '\0' +
                                     "\x04MDc=" + "\x04MDU=" + '\0' + '\0' + "\x04Kio=" + '\0' + "\x04QWw=" + '\0' +
                                     "\x04MDk=" + '\0';
@@ -114,7 +108,7 @@ private slots:
         QFETCH(int, utf8Bytes);
         QFETCH(int, stored);
         Timesheet sheet;
-        sheet.AddRow(makeRow({QString(utf8Bytes, u'a')}, {}, {}, {}, {}));
+        sheet.AddRow(makeRow({QString(utf8Bytes, u'a')}));
         const QByteArray bytes = storage::encodeTimesheet(sheet);
         QCOMPARE(quint8(bytes[4]), quint8(stored));
         const QByteArray field = bytes.mid(5, stored);
@@ -138,7 +132,7 @@ private slots:
         QFETCH(int, keptBytes);
         QVERIFY(!storage::fitsTimesheetField(text));
         Timesheet sheet;
-        sheet.AddRow(makeRow({QStringLiteral("d")}, {}, text, {}, {}));
+        sheet.AddRow(makeRow({"d"}, {}, text));
         int cut = 0;
         const QByteArray bytes = storage::encodeTimesheet(sheet, &cut);
         QCOMPARE(cut, 1);
@@ -148,21 +142,6 @@ private slots:
         QCOMPARE(note.toUtf8().size(), keptBytes);
         QVERIFY(text.startsWith(note));
         QVERIFY(!note.contains(QChar::ReplacementCharacter));
-    }
-
-    void littleEndianFile_data()
-    {
-        QTest::addColumn<int>("rows");
-        QTest::newRow("one row") << 1;
-        QTest::newRow("count with the high bit in the first byte") << 128;
-    }
-    void littleEndianFile()
-    {
-        QFETCH(int, rows);
-        const Timesheet sheet = sampleSheet(rows);
-        const storage::ReadResult read = storage::decodeTimesheet(swappedCount(storage::encodeTimesheet(sheet)));
-        QVERIFY(read.complete);
-        QCOMPARE(read.sheet, sheet);
     }
 
     void truncatedFileGivesRowsReadSoFar()

@@ -32,6 +32,12 @@ Run runCli(const QStringList& args, const QByteArray& input = {})
             process.readAllStandardError()};
 }
 
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile out(path);
+    return out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
+}
+
 } // namespace
 
 class TestVeltrickCli : public QObject
@@ -55,8 +61,7 @@ private slots:
                 .arg(today)
                 .toUtf8();
         const QString file = m_dir.filePath(QStringLiteral("week.vlk"));
-        const Run written = runCli({QStringLiteral("write"), file}, input);
-        QCOMPARE(written.exitCode, 0);
+        QCOMPARE(runCli({QStringLiteral("write"), file}, input).exitCode, 0);
 
         const Run dumped = runCli({QStringLiteral("dump"), file});
         QCOMPARE(dumped.exitCode, 0);
@@ -92,17 +97,20 @@ private slots:
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<int>("exitCode");
         const QByteArray whole = storage::encodeTimesheet(core::Timesheet());
-        QTest::newRow("help") << QStringList{"--help"} << QByteArray() << QByteArray() << 0;
-        QTest::newRow("no arguments") << QStringList{} << QByteArray() << QByteArray() << 2;
-        QTest::newRow("unknown command") << QStringList{"print", "@"} << whole << QByteArray() << 2;
-        QTest::newRow("no file named") << QStringList{"dump"} << QByteArray() << QByteArray() << 2;
-        QTest::newRow("missing file") << QStringList{"totals", "@missing"} << QByteArray() << QByteArray() << 1;
-        QTest::newRow("damaged file") << QStringList{"dump", "@"} << QByteArray("\0\0\0\5\0\0", 6) << QByteArray() << 1;
-        QTest::newRow("damaged totals") << QStringList{"totals", "@"} << QByteArray("\0\0", 2) << QByteArray() << 1;
-        QTest::newRow("not JSON") << QStringList{"write", "@"} << whole << QByteArray("{rows") << 1;
-        QTest::newRow("number for a text")
-            << QStringList{"write", "@"} << whole << QByteArray("{\"rows\": [{\"hours\": 5}]}") << 1;
-        QTest::newRow("empty list") << QStringList{"write", "@"} << whole << QByteArray("{}") << 0;
+        const auto row = [](const char* tag, const QStringList& args, const QByteArray& file, const QByteArray& input,
+                            int exitCode) { QTest::newRow(tag) << args << file << input << exitCode; };
+        // clang-format off
+        row("help", {"--help"}, {}, {}, 0);
+        row("no arguments", {}, {}, {}, 2);
+        row("unknown command", {"print", "@"}, whole, {}, 2);
+        row("no file named", {"dump"}, {}, {}, 2);
+        row("missing file", {"totals", "@missing"}, {}, {}, 1);
+        row("damaged file", {"dump", "@"}, QByteArray("\0\0\0\5\0\0", 6), {}, 1);
+        row("damaged totals", {"totals", "@"}, QByteArray("\0\0", 2), {}, 1);
+        row("not JSON", {"write", "@"}, whole, "{rows", 1);
+        row("number for a text", {"write", "@"}, whole, "{\"rows\": [{\"hours\": 5}]}", 1);
+        row("empty list", {"write", "@"}, whole, "{}", 0);
+        // clang-format on
     }
     void exitCodes()
     {
@@ -112,11 +120,8 @@ private slots:
         QFETCH(int, exitCode);
         const QString file = m_dir.filePath(QStringLiteral("case.vlk"));
         QFile::remove(file);
-        if (!fileBytes.isEmpty()) {
-            QFile out(file);
-            QVERIFY(out.open(QIODevice::WriteOnly));
-            out.write(fileBytes);
-        }
+        if (!fileBytes.isEmpty())
+            QVERIFY(writeFile(file, fileBytes));
         for (QString& arg : args)
             arg.replace(u'@', file);
         const Run run = runCli(args, input);
@@ -141,10 +146,7 @@ private slots:
         }
         const QByteArray bytes = storage::encodeTimesheet(sheet);
         const QString file = m_dir.filePath(QStringLiteral("cut.vlk"));
-        QFile out(file);
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(bytes.left(bytes.size() - 3));
-        out.close();
+        QVERIFY(writeFile(file, bytes.left(bytes.size() - 3)));
         const Run run = runCli({QStringLiteral("dump"), file});
         QCOMPARE(run.exitCode, 1);
         const QJsonArray rows = QJsonDocument::fromJson(run.out).object().value(QStringLiteral("rows")).toArray();

@@ -10,23 +10,19 @@
 namespace testing
 {
 
-// Counts the calls the main window makes upward; the rollover's rebuild goes to the client view.
+// Counts the view's budget calls; the rollover's rebuild goes to the client view.
 class ListHooks : public core::MainwndoHooks
 {
 public:
-    void budgetcheck() override { ++budgetchecks; }
     void budgetcheck2() override { ++budgetcheck2s; }
     void populatelistbox2() override
     {
-        ++rebuilds;
         if (view)
             view->rebuildFollowingListBox1();
     }
 
     clients::ClientView* view = nullptr;
-    int budgetchecks = 0;
     int budgetcheck2s = 0;
-    int rebuilds = 0;
 };
 
 // A main window with its client view over fakes: fixed clock, scripted windows, files in memory.
@@ -54,16 +50,12 @@ struct ListFixture
     QString day(int offset = 0) const { return core::shortDate(clock.now().date().addDays(offset)); }
 
     // Adds a row at the end: date, job, client, minutes in all, note.
-    core::JobRow& add(const QString& date, const QString& job, const QString& client = QString(), int minutes = 0,
-                      const QString& note = QString())
+    core::JobRow& add(const QString& date, const QString& job, const QString& client = {}, int minutes = 0,
+                      const QString& note = {})
     {
         core::JobRow row;
-        row.setCell(core::CellDate, date);
-        row.setCell(core::CellJob, job);
-        row.setCell(core::CellProject, QStringLiteral("P-") + job);
+        row.cells = {date, job, "P-" + job, {}, {}, QStringLiteral("Design"), client};
         row.setMinutes(minutes);
-        row.setCell(core::CellOperation, QStringLiteral("Design"));
-        row.setCell(core::CellClient, client);
         row.run = minutes > 0 ? core::kRunStopped : core::kRunNever;
         row.note = note;
         row.user = QStringLiteral("Default User");
@@ -87,12 +79,9 @@ struct ListFixture
     {
         if (!view.expanded())
             view.clientlist2_ExpandRow();
-        for (int r = 1; r < view.clientlist2RowCount(); ++r) {
-            if (view.clientlist2Row(r) == name) {
-                view.setClientlist2Index(r);
-                return;
-            }
-        }
+        for (int r = 1; r < view.clientlist2RowCount(); ++r)
+            if (view.clientlist2Row(r) == name)
+                return view.setClientlist2Index(r);
     }
 };
 

@@ -17,6 +17,12 @@ class TestClientPane : public QObject
 {
     Q_OBJECT
 
+    static bool shown(QWidget& pane)
+    {
+        pane.show();
+        return QTest::qWaitForWindowExposed(&pane);
+    }
+
 private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
 
@@ -27,11 +33,9 @@ private slots:
         f.add(f.day(), QStringLiteral("J0"), QStringLiteral("Bolt"), 10);
         f.add(f.day(-1), QStringLiteral("J1"), QStringLiteral("Acme"), 20);
         f.add(f.day(), QStringLiteral("J2"), QStringLiteral("acme"), 30, QStringLiteral("note"));
-        auto* listBox1 = new QTreeView;
-        clients::ui::ClientPane pane(f.view, f.w, f.prefs, listBox1);
+        clients::ui::ClientPane pane(f.view, f.w, f.prefs, new QTreeView);
         pane.resize(700, 400);
-        pane.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&pane));
+        QVERIFY(shown(pane));
 
         QTreeWidgetItem* folder = pane.clientlist2()->topLevelItem(0);
         QCOMPARE(folder->text(0), Tr::MWClientListf);
@@ -42,8 +46,7 @@ private slots:
         pane.clientlist2()->setCurrentItem(folder->child(0));
         QVERIFY(pane.ListBox2()->isVisible());
         QCOMPARE(pane.ListBox2()->model()->rowCount(), 2);
-        QCOMPARE(pane.ListBox2()->currentIndex().row(), 0);
-        QCOMPARE(f.w.ListBox1.ListIndex, 1);
+        QCOMPARE(std::pair(pane.ListBox2()->currentIndex().row(), f.w.ListBox1.ListIndex), std::pair(0, 1));
 
         pane.ListBox2()->setCurrentIndex(pane.ListBox2()->model()->index(1, 0));
         QCOMPARE(f.w.ListBox1.ListIndex, 2);
@@ -73,8 +76,7 @@ private slots:
         jobs::ListBehaviour lists(f.w, {f.clock, f.desktop, f.view, ops, notes});
         clients::ui::ClientPane pane(f.view, f.w, f.prefs, new QTreeView);
         new jobs::ui::ListWiring(pane.ListBox2(), 2, lists);
-        pane.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&pane));
+        QVERIFY(shown(pane));
         f.pickClient(QStringLiteral("Acme"));
 
         QTest::mouseClick(pane.ListBox2()->header()->viewport(), Qt::LeftButton, {},
@@ -86,8 +88,7 @@ private slots:
                               [](platform::ModalForm& form) { form.ButtonPressed = Tr::MWButtonCancel; });
         pane.ListBox2()->setFocus();
         QTest::keyClick(pane.ListBox2(), Qt::Key_Backspace);
-        QVERIFY(f.dialogs.scriptDone());
-        QVERIFY(f.dialogs.errors.isEmpty());
+        QVERIFY(f.dialogs.scriptDone() && f.dialogs.errors.isEmpty());
     }
 };
 

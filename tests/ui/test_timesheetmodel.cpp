@@ -21,12 +21,8 @@ private slots:
         sheet = {};
         for (int i = 0; i < 3; ++i) {
             JobRow row;
-            row.setCell(CellDate, QStringLiteral("11/2%1/26").arg(i));
-            row.setCell(CellJob, QStringLiteral("J%1").arg(i));
-            row.setCell(CellHours, QStringLiteral("01"));
-            row.setCell(CellMinutes, QStringLiteral("05"));
-            row.setCell(7, QStringLiteral("x"));
-            row.setCell(CellSortKey, QStringLiteral("999"));
+            row.cells = {
+                QStringLiteral("11/2%1/26").arg(i), QStringLiteral("J%1").arg(i), {}, "01", "05", {}, {}, "x", "999"};
             sheet.AddRow(row);
         }
         sheet.row(1).note = QStringLiteral("note");
@@ -41,16 +37,14 @@ private slots:
         QTest::addColumn<QColor>("even");
         QTest::addColumn<QColor>("odd");
         QTest::addColumn<QColor>("note");
-        QTest::newRow("light") << false << false << true << QColor(10, 20, 30) << QColor(255, 255, 255)
-                               << QColor(255, 255, 0);
-        QTest::newRow("light, gray") << false << true << true << QColor(10, 20, 30) << QColor(255, 255, 255)
-                                     << QColor(255, 255, 0);
-        QTest::newRow("dark") << true << false << true << QColor(102, 102, 102) << QColor(153, 153, 153)
-                              << QColor(255, 92, 0);
-        QTest::newRow("dark, gray") << true << true << true << QColor(30, 30, 30) << QColor(10, 10, 10)
-                                    << QColor(204, 51, 0);
+        // clang-format off
+        QTest::newRow("light")       << false << false << true << QColor(10, 20, 30) << QColor(255, 255, 255) << QColor(255, 255, 0);
+        QTest::newRow("light, gray") << false << true  << true << QColor(10, 20, 30) << QColor(255, 255, 255) << QColor(255, 255, 0);
+        QTest::newRow("dark")        << true  << false << true << QColor(102, 102, 102) << QColor(153, 153, 153) << QColor(255, 92, 0);
+        QTest::newRow("dark, gray")  << true  << true  << true << QColor(30, 30, 30) << QColor(10, 10, 10) << QColor(204, 51, 0);
         QTest::newRow("dark, second list never gray")
-            << true << true << false << QColor(102, 102, 102) << QColor(153, 153, 153) << QColor(255, 92, 0);
+                                     << true  << true << false << QColor(102, 102, 102) << QColor(153, 153, 153) << QColor(255, 92, 0);
+        // clang-format on
     }
 
     void backgrounds()
