@@ -13,6 +13,25 @@ void JobOps::runDialog(specialw& dialog)
     m_open = nullptr;
 }
 
+void JobOps::newRowToday(specialw& dialog, const QString& title) const
+{
+    const QDate today = m_s.clock.now().date();
+    dialog.wintitle = title;
+    dialog.okjob.visible = true;
+    dialog.okjob2.visible = false;
+    dialog.dateField = core::shortDate(today);
+    dialog.dateDay = specialw::dayCaption(today);
+}
+
+void JobOps::takeJob(specialw& dialog, const core::JobRow& row)
+{
+    dialog.enterjob = row.cell(core::CellJob);
+    dialog.enterclient = row.cell(core::CellProject);
+    dialog.nmepopup = row.user;
+    dialog.popup.caption = row.cell(core::CellOperation);
+    dialog.popupclnt.caption = row.cell(core::CellClient);
+}
+
 void JobOps::donewjob()
 {
     donewjob(QStringLiteral("00"), QStringLiteral("00"));
@@ -26,12 +45,7 @@ void JobOps::donewjob(const QString& hours, const QString& minutes)
 
     specialw dialog(m_s, openFlag);
     dialog.Event_Open();
-    const QDate today = m_s.clock.now().date();
-    dialog.wintitle = specialw::kWintitle;
-    dialog.okjob.visible = true;
-    dialog.okjob2.visible = false;
-    dialog.dateField = core::shortDate(today);
-    dialog.dateDay = specialw::dayCaption(today);
+    newRowToday(dialog, specialw::kWintitle);
     dialog.sphrs = hours;
     dialog.spmin = minutes;
     runDialog(dialog);
@@ -48,13 +62,9 @@ void JobOps::doeditjob()
     const core::JobRow& row = list.selected();
     dialog.wintitle = specialw::kWintitleE;
     dialog.dateField = row.cell(core::CellDate);
-    dialog.enterjob = row.cell(core::CellJob);
-    dialog.enterclient = row.cell(core::CellProject);
+    takeJob(dialog, row);
     dialog.sphrs = row.cell(core::CellHours);
     dialog.spmin = row.cell(core::CellMinutes);
-    dialog.popup.caption = row.cell(core::CellOperation);
-    dialog.popupclnt.caption = row.cell(core::CellClient);
-    dialog.nmepopup = row.user;
     dialog.okjob2.visible = true;
     dialog.okjob.visible = false;
     if (const auto date = core::parseShortDate(dialog.dateField, m_s.clock.now().date()))
@@ -70,18 +80,8 @@ void JobOps::clone()
         return;
     specialw dialog(m_s, openFlag);
     dialog.Event_Open();
-    const core::JobRow& row = list.selected();
-    const QDate today = m_s.clock.now().date();
-    dialog.wintitle = specialw::kWintitleD;
-    dialog.okjob.visible = true;
-    dialog.okjob2.visible = false;
-    dialog.dateField = core::shortDate(today);
-    dialog.dateDay = specialw::dayCaption(today);
-    dialog.enterjob = row.cell(core::CellJob);
-    dialog.enterclient = row.cell(core::CellProject);
-    dialog.nmepopup = row.user;
-    dialog.popup.caption = row.cell(core::CellOperation);
-    dialog.popupclnt.caption = row.cell(core::CellClient);
+    newRowToday(dialog, specialw::kWintitleD);
+    takeJob(dialog, list.selected());
     runDialog(dialog);
 }
 

@@ -35,6 +35,10 @@ public:
 
 private:
     void runDialog(specialw& dialog);
+    // A dialog that saves a new row: dated today, with the add button.
+    void newRowToday(specialw& dialog, const QString& title) const;
+    // The job, project, user, operation and client of a row.
+    static void takeJob(specialw& dialog, const core::JobRow& row);
 
     JobServices m_s;
     specialw* m_open = nullptr;
