@@ -144,8 +144,8 @@ bool Document::switchitConfirmed()
 platform::Result Document::writeTimesheet(const QString& path, const core::Timesheet& sheet)
 {
     int cut = 0;
-    const QByteArray bytes = encodeTimesheet(sheet, &cut);
-    const platform::Result result = m_files.write(path, bytes);
+    encodeTimesheet(sheet, m_buffer, &cut);
+    const platform::Result result = m_files.write(path, m_buffer);
     if (result.ok() && cut > 0 && !m_toldCut) {
         m_toldCut = true;
         m_dialogs.message(kNoteCut);

@@ -63,6 +63,7 @@ private:
     platform::Desktop& m_desktop;
     QString m_documents;
     bool m_toldCut = false;
+    QByteArray m_buffer; // the bytes of the last save, kept so the next one needs no new memory
 };
 
 } // namespace storage

@@ -234,11 +234,18 @@ private:
 
 QByteArray encodeTimesheet(const core::Timesheet& sheet, int* cutFields)
 {
+    QByteArray out;
+    encodeTimesheet(sheet, out, cutFields);
+    return out;
+}
+
+void encodeTimesheet(const core::Timesheet& sheet, QByteArray& out, int* cutFields)
+{
     int cuts = 0;
     const qsizetype rowCount = sheet.ListCount();
-    // A guess that fits ordinary rows in one allocation; grown when a row might not fit.
-    QByteArray out;
-    out.resize(4 + 2 * kMaxFieldBytes + rowCount * 160);
+    // A guess that fits ordinary rows in one allocation; grown when a row might not fit. A buffer kept
+    // from the last save is reused as it stands, its pages already mapped.
+    out.resize(std::max(out.capacity(), 4 + 2 * kMaxFieldBytes + rowCount * 160));
     char* p = out.data();
     char* end = p + out.size();
 
@@ -295,7 +302,6 @@ QByteArray encodeTimesheet(const core::Timesheet& sheet, int* cutFields)
 
     if (cutFields)
         *cutFields = cuts;
-    return out;
 }
 
 ReadResult decodeTimesheet(const QByteArray& bytes)

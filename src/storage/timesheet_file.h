@@ -32,6 +32,8 @@ struct ReadResult
 // The bytes of a .vlk file. A text too long for its field is cut at a character boundary and counted in
 // `cutFields`, so the caller can tell the user once.
 QByteArray encodeTimesheet(const core::Timesheet& sheet, int* cutFields = nullptr);
+// The same into `out`, whose memory is reused: the save of every minute keeps one buffer.
+void encodeTimesheet(const core::Timesheet& sheet, QByteArray& out, int* cutFields = nullptr);
 
 // Reads a .vlk file in either byte order. A damaged file gives the rows read before the damage.
 ReadResult decodeTimesheet(const QByteArray& bytes);
