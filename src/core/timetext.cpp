@@ -1,6 +1,7 @@
 #include "core/timetext.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 #include <QTimeZone>
 
 #include <cstdlib>
@@ -72,6 +73,12 @@ std::optional<QDate> parseShortDate(const QString& text, const QDate& today)
             date = best;
     }
     return date;
+}
+
+QString oneLine(const QString& text)
+{
+    static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n]+"));
+    return text.split(lineEnds, Qt::SkipEmptyParts).join(QLatin1Char(' '));
 }
 
 qint64 totalSeconds(const QDate& date)

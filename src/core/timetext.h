@@ -24,6 +24,9 @@ QString shortDate(const QDate& date);
 // Reads back a short date. A two-digit year goes to the century that puts it nearest to `today`.
 std::optional<QDate> parseShortDate(const QString& text, const QDate& today);
 
+// A text of several lines on one line: each run of line ends becomes one blank.
+QString oneLine(const QString& text);
+
 // Seconds from 1904-01-01 00:00 local time to the start of the date: the date sort key.
 qint64 totalSeconds(const QDate& date);
 

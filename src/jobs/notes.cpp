@@ -3,8 +3,6 @@
 #include "clients/clientview.h"
 #include "storage/timesheet_file.h"
 
-#include <QRegularExpression>
-
 namespace jobs
 {
 
@@ -101,12 +99,6 @@ void Notes::restoreStrip()
 {
     m_w.notebox.visible = m_prefs.nteon;
     emit m_w.controlsChanged();
-}
-
-QString Notes::noteStripText(const QString& note)
-{
-    static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n]+"));
-    return note.split(lineEnds, Qt::SkipEmptyParts).join(QLatin1Char(' '));
 }
 
 } // namespace jobs

@@ -78,13 +78,6 @@ public:
         clients::ClientView& clientView;
     };
 
-    // Colours of the note strip, as 0xRRGGBB.
-    static constexpr unsigned kStripBack = 0xFFFFE5;
-    static constexpr unsigned kStripBackDark = 0xFF9933;
-    static constexpr unsigned kStripText = 0x5A5A5A;
-    // Height the strip takes from the list.
-    static constexpr int kStripHeight = 21;
-
     Notes(core::Mainwndo& window, core::AppPrefs& prefs, Services services) : m_w(window), m_prefs(prefs), m_s(services)
     {}
 
@@ -97,9 +90,6 @@ public:
     QString shwntsCaption() const { return m_prefs.nteon ? Tr::VMHideNotes : Tr::VMShowNotes; }
     // At start-up: the strip as it was left.
     void restoreStrip();
-
-    // What the strip shows of a note: its lines joined on one line.
-    static QString noteStripText(const QString& note);
 
 private:
     core::Mainwndo& m_w;

@@ -3,6 +3,8 @@
 #include "storage/timesheet_file.h"
 #include "support/listfixture.h"
 
+#include "core/timetext.h"
+
 #include <QtTest>
 
 using namespace core;
@@ -126,8 +128,7 @@ private slots:
         f->prefs.nteon = true; // as the settings file left it
         notes->restoreStrip();
         QVERIFY(f->w.notebox.visible);
-        QCOMPARE(jobs::Notes::noteStripText(QStringLiteral("first\r\nsecond\n\nthird")),
-                 QStringLiteral("first second third"));
+        QCOMPARE(core::oneLine(QStringLiteral("first\r\nsecond\n\nthird")), QStringLiteral("first second third"));
     }
 };
 

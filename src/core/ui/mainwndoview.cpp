@@ -1,5 +1,6 @@
 #include "core/ui/mainwndoview.h"
 
+#include "core/timetext.h"
 #include "core/ui/timesheetmodel.h"
 
 #include <QCloseEvent>
@@ -103,6 +104,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     connect(&form, &Mainwndo::selectionChanged, this, &MainwndoView::showSelection);
     connect(&form, &Mainwndo::focusRequested, this, [this](int) { m_list->setFocus(); });
 
+    followAppearance();
     resize(prefs.winwidth, prefs.winheight);
     if (form.geometry.isValid())
         setGeometry(form.geometry);
@@ -120,8 +122,9 @@ void MainwndoView::refresh()
     m_list->setEnabled(m_form.ListBox1Ctl.enabled);
     m_njButton2->setEnabled(m_form.njButton2.enabled);
     m_list->setVerticalScrollBarPolicy(m_form.ListBox1ScrollBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    m_model->setGray(m_form.listboxGray);
     m_notebox->setVisible(m_form.notebox.visible);
-    m_notebox->setText(m_form.notebox.caption);
+    m_notebox->setText(oneLine(m_form.notebox.caption)); // the strip is one line
     m_runtotal->setText(m_form.runtotal);
     m_datastream->setText(m_form.datastream);
     m_dataprogress->setVisible(m_form.dataprogress);
@@ -178,8 +181,21 @@ void MainwndoView::closeEvent(QCloseEvent* event)
         event->ignore();
 }
 
+void MainwndoView::followAppearance()
+{
+    const bool dark = TimesheetModel::isDark(palette());
+    m_model->setDark(dark);
+    // The note strip keeps its own colours: pale yellow, or orange on a dark desktop, with grey text.
+    QPalette strip = m_notebox->palette();
+    strip.setColor(QPalette::Base, QColor::fromRgb(dark ? kStripBackDark : kStripBack));
+    strip.setColor(QPalette::Text, QColor::fromRgb(kStripText));
+    m_notebox->setPalette(strip);
+}
+
 void MainwndoView::changeEvent(QEvent* event)
 {
+    if (event->type() == QEvent::PaletteChange)
+        followAppearance();
     if (event->type() == QEvent::WindowStateChange)
         isMinimized() ? m_form.Event_Minimize() : m_form.Event_Restore();
     QMainWindow::changeEvent(event);

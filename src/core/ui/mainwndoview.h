@@ -53,6 +53,11 @@ private:
     void showSelection();
     void layoutColumns();
     void keepGeometry();
+    void followAppearance(); // light or dark, from the palette
+
+    static constexpr unsigned kStripBack = 0xFFFFE5;
+    static constexpr unsigned kStripBackDark = 0xFF9933;
+    static constexpr unsigned kStripText = 0x5A5A5A;
 
     Mainwndo& m_form;
     TimesheetModel* m_model;
