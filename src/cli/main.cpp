@@ -149,7 +149,7 @@ int totals(const QString& path, const platform::Clock& clock)
     for (const core::JobRow& row : sheet.rows) {
         const int minutes = row.minutes();
         listMinutes += minutes;
-        if (row.cell(core::CellDate).compare(today, Qt::CaseInsensitive) == 0)
+        if (core::sameText(row.cell(core::CellDate), today))
             todayMinutes += minutes;
         const QString& job = row.cell(core::CellJob);
         const QString key = job.toCaseFolded();

@@ -9,11 +9,6 @@ namespace clients
 
 namespace
 {
-bool sameText(const QString& a, const QString& b)
-{
-    return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
-}
-
 // The copy that ListBox2 holds of a row: the visible cells, the sort key, the link, and the note, run and
 // user tags. The budget mark is worked out again for the view.
 core::JobRow viewCopy(const core::JobRow& row)
@@ -126,7 +121,7 @@ void ClientView::populatelistbox2()
     for (int i = 0; i < all.ListCount(); ++i) {
         core::JobRow& row = all.row(i);
         row.setCell(core::CellLink, QString::number(i));
-        if (sameText(row.cell(core::CellClient), client))
+        if (core::sameText(row.cell(core::CellClient), client))
             m_w.ListBox2.AddRow(viewCopy(row));
         gate.step();
     }

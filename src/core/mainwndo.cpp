@@ -10,15 +10,6 @@
 namespace core
 {
 
-namespace
-{
-bool sameText(const QString& a, const QString& b)
-{
-    // Most texts differ in length or match exactly; only the rest needs the slower caseless compare.
-    return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
-}
-} // namespace
-
 Mainwndo::Mainwndo(AppPrefs& prefs, Services services)
     : m_prefs(prefs), m_s(services), m_timer2(m_s.timers.create(1000)), m_timer3(m_s.timers.create(60000)),
       m_timer4(m_s.timers.create(60000))
@@ -555,12 +546,17 @@ void Mainwndo::Timer2_Action()
     emit controlsChanged();
 }
 
-void Mainwndo::showStatus(const QString& text)
+void Mainwndo::setDatastream(const QString& text)
 {
     datastream = text;
     dataprogress = true;
-    m_timer2->setMode(platform::Timer::Single);
     emit controlsChanged();
+}
+
+void Mainwndo::showStatus(const QString& text)
+{
+    setDatastream(text);
+    m_timer2->setMode(platform::Timer::Single);
 }
 
 } // namespace core

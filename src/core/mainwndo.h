@@ -187,8 +187,9 @@ public:
     void Event_Minimize() { minime = true; }
     void Event_Restore() { minime = false; }
     void Timer2_Action();
-    void Timer4_Action();                 // the idle check
-    void showStatus(const QString& text); // a passing notice in the status line, cleared by Timer2
+    void Timer4_Action();                    // the idle check
+    void setDatastream(const QString& text); // the status line and its spinner, until Timer2 clears them
+    void showStatus(const QString& text);    // the same, with Timer2 started at once
 
     Timesheet& shownList() { return ListBox2Ctl.visible ? ListBox2 : ListBox1; }
 

@@ -9,7 +9,7 @@ int sumWhere(const Timesheet& sheet, int column, const QString& key)
 {
     int total = 0;
     for (const JobRow& row : sheet.rows)
-        if (row.cell(column).compare(key, Qt::CaseInsensitive) == 0)
+        if (sameText(row.cell(column), key))
             total += row.minutes();
     return total;
 }

@@ -12,14 +12,6 @@
 namespace jobs
 {
 
-namespace
-{
-bool sameText(const QString& a, const QString& b)
-{
-    return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
-}
-} // namespace
-
 void Aresure::Event_Open(const QRect& screen)
 {
     top = screen.height() / 2 - height / 2;
@@ -53,9 +45,9 @@ void RowOps::deletejb()
 
     std::function<bool(const core::JobRow&)> goes;
     if (aresure.delalljobs) {
-        goes = [&](const core::JobRow& r) { return sameText(r.cell(core::CellJob), job); };
+        goes = [&](const core::JobRow& r) { return core::sameText(r.cell(core::CellJob), job); };
     } else if (aresure.delalljobdate) {
-        goes = [&](const core::JobRow& r) { return sameText(r.cell(core::CellDate), date); };
+        goes = [&](const core::JobRow& r) { return core::sameText(r.cell(core::CellDate), date); };
     } else if (aresure.delallmonth) {
         const std::optional<QDate> picked = core::parseShortDate(date, today);
         if (!picked)

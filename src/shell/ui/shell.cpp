@@ -17,6 +17,7 @@
 #include "shell/ui/prefwinview.h"
 #include "storage/clients_file.h"
 #include "storage/operations_file.h"
+#include "storage/timesheet_file.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -115,18 +116,22 @@ void Shell::start(const QStringList& documents)
     if (!operationsFileExists())
         m_startWindow->show();
     m_app.Event_Open();
-    for (const QString& path : documents)
-        if (path.endsWith(QStringLiteral(".vlk"), Qt::CaseInsensitive))
-            m_app.Event_OpenDocument(path);
+    openDocuments(documents);
     if (!m_app.existingMainwndo())
         m_startWindow->show();
 }
 
+void Shell::openDocuments(const QStringList& paths)
+{
+    // Timesheets only; one that cannot be read gets the same message as any failed load.
+    for (const QString& path : paths)
+        if (QFileInfo(path).suffix().compare(storage::kTimesheetSuffix, Qt::CaseInsensitive) == 0)
+            m_app.Event_OpenDocument(path);
+}
+
 void Shell::openRequested(const QStringList& paths)
 {
-    for (const QString& path : paths)
-        if (path.endsWith(QStringLiteral(".vlk"), Qt::CaseInsensitive) && m_files.exists(path))
-            m_app.Event_OpenDocument(path);
+    openDocuments(paths);
     QWidget* front = m_view ? static_cast<QWidget*>(m_view) : m_startWindow;
     front->show();
     front->raise();
@@ -245,11 +250,8 @@ QString& Shell::ipnumber()
 
 void Shell::setStatus(const QString& datastream)
 {
-    if (core::Mainwndo* w = m_app.existingMainwndo()) {
-        w->datastream = datastream;
-        w->dataprogress = true;
-        emit w->controlsChanged();
-    }
+    if (core::Mainwndo* w = m_app.existingMainwndo())
+        w->setDatastream(datastream);
 }
 
 void Shell::startTimer2()

@@ -111,6 +111,7 @@ public:
 
 private:
     void buildStartWindow();
+    void openDocuments(const QStringList& paths);
     void fillMenus(QMenuBar* bar, bool documentOpen);
     void showMainwndo(core::Mainwndo* form);
     void quit();
