@@ -53,6 +53,7 @@ public:
         QStringLiteral("Ooops... I can't do that!  If this is a repeatable program error, please report it by "
                        "sending an email to: ");
     inline static const QString kSupportAddress = QStringLiteral("https://github.com/veltrick/veltrick/issues");
+    inline static const QString kAppRunWarning = QStringLiteral("Veltrick - WARNING!");
     inline static const QString kAppVersion = QStringLiteral("v.8.0");
 
     App(Mainwndo::Services services, AppHooks& hooks);

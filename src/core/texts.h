@@ -31,6 +31,11 @@ inline const QString MWClient = QStringLiteral("Client");
 inline const QString MWDescription = QStringLiteral("Description");
 inline const QString MWClientListf = QStringLiteral("All Clients");
 
+inline const QString EMAddJob = QStringLiteral("Add Job...");
+// Labels of the job dialog that the two total windows share.
+inline const QString TotalTime = QStringLiteral("Time:");
+inline const QString DateLabel = QStringLiteral("Date:");
+
 inline const QString MWListTotals = QStringLiteral("List Totals - Time: ");
 inline const QString MWListToday = QStringLiteral(", Today: ");
 inline const QString MWListTotalsEntries = QStringLiteral(", Entries: ");

@@ -11,8 +11,6 @@ class Ttljobtme : public platform::ModalForm
 {
 public:
     inline static const QString kTTJDesc = QStringLiteral("Total Time for selected Job Number:");
-    inline static const QString kTotalTime = QStringLiteral("Time:");
-
     QString formName() const override { return QStringLiteral("ttljobtme"); }
     // With no selected row the fields stay empty.
     void Event_Open(const Timesheet& ListBox1);
@@ -25,8 +23,6 @@ class Ttldaytme : public platform::ModalForm
 {
 public:
     inline static const QString kTTLDesc = QStringLiteral("Total Time for selected Date:");
-    inline static const QString kDate = QStringLiteral("Date:");
-    inline static const QString kTotalTime = QStringLiteral("Time:");
 
     QString formName() const override { return QStringLiteral("ttldaytme"); }
     void Event_Open(const Timesheet& ListBox1);

@@ -1,5 +1,6 @@
 #include "jobs/jobdialog.h"
 
+#include "core/app.h"
 #include "core/timetext.h"
 #include "platform/yieldgate.h"
 #include "storage/clients_file.h"
@@ -247,7 +248,7 @@ void specialw::choosejob_Action(int index)
     } else if (index == 1) {
         if (m_s.main.ListBox2Ctl.visible) {
             m_s.desktop.beep();
-            m_s.dialogs.message(kAppRunWarning + kLineEnds + kNSUNotifiAlertMsg);
+            m_s.dialogs.message(core::App::kAppRunWarning + kLineEnds + kNSUNotifiAlertMsg);
         } else {
             m_s.hooks.editPresetJobs();
         }

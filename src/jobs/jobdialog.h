@@ -125,10 +125,7 @@ public:
     inline static const QString kProject = QStringLiteral("Project:");
     inline static const QString kOperation = QStringLiteral("Operation:");
     inline static const QString kUser = QStringLiteral("User:");
-    inline static const QString kTotalTime = QStringLiteral("Time:");
     inline static const QString kClient = QStringLiteral("Client:");
-    inline static const QString kDate = QStringLiteral("Date:");
-    inline static const QString kNotesTitle = QStringLiteral("Notes:");
     inline static const QString kTheDots = QStringLiteral(":");
     inline static const QString kDay = QStringLiteral("Day");
     inline static const QString kNoChoice = QStringLiteral("-- --");
@@ -158,7 +155,6 @@ public:
     inline static const QString kSingleClientList = QStringLiteral("Single Client List: ");
     inline static const QString kSameClientName = QStringLiteral(
         "To Add or Edit a job while the Single Client List is active, you must use the same client name.");
-    inline static const QString kAppRunWarning = QStringLiteral("Veltrick - WARNING!");
     inline static const QString kNSUNotifiAlertMsg =
         QStringLiteral("Single Client Selected: You must select All Clients from the Client List before you can "
                        "edit your Preset Jobs List.");

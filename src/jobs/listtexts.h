@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/texts.h"
+
 #include <QString>
 
 // Shared texts of the row operations and of the lists' context menu.
@@ -16,7 +18,6 @@ inline const QString MWResetRowQuestionNote =
 inline const QString MWResetRowQuestion =
     QStringLiteral("OK to reset the selected row's date to today and zero the total time?");
 
-inline const QString EMAddJob = QStringLiteral("Add Job...");
 inline const QString EMDupeJob = QStringLiteral("Duplicate Job...");
 inline const QString EMJobDetails = QStringLiteral("Job Details\u2026");
 inline const QString EMJobNotes = QStringLiteral("Job Notes...");

@@ -34,7 +34,7 @@ void Document::sesame()
     emit w.rowsReset();
     if (!read.ok() || !result.complete) {
         m_desktop.beep();
-        m_dialogs.message(QStringLiteral("Veltrick - Error [-2]\r\r") + kAppRunWarning + QLatin1Char('\r') +
+        m_dialogs.message(QStringLiteral("Veltrick - Error [-2]\r\r") + core::App::kAppRunWarning + QLatin1Char('\r') +
                           core::App::kAppLastPath + m_app.prefs.lastdoc);
         w.Uptotal2(1);
         w.rowcheck();
@@ -50,8 +50,8 @@ void Document::sesame()
     for (int i = 0; i < w.ListBox1.ListCount(); ++i) {
         if (w.ListBox1.row(i).run == core::kRunRunning) {
             m_desktop.beep();
-            m_dialogs.message(kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped + QString::number(i + 1) +
-                              kAppElapsedTime);
+            m_dialogs.message(core::App::kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped +
+                              QString::number(i + 1) + kAppElapsedTime);
             remembered = i;
             found = true;
         }

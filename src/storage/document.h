@@ -18,7 +18,6 @@ public:
     inline static const QString kAppNoAccess = QStringLiteral("Access denied!");
     inline static const QString kAppNoAccessTxt =
         QStringLiteral("Sorry, I can't write your Timesheet file in that location.");
-    inline static const QString kAppRunWarning = QStringLiteral("Veltrick - WARNING!");
     inline static const QString kAppTimerNotStopped = QStringLiteral("The timer was not stopped for the Job in Row ");
     inline static const QString kAppElapsedTime =
         QStringLiteral(". The time elapsed while Veltrick was closed will be added to this jobs total.");

@@ -1,5 +1,6 @@
 // The job dialog as a form (checks, key filters, menus, date stepper), and the new, edited and duplicated
 // rows it brings into the list, with the Ctrl save that starts timing.
+#include "core/app.h"
 #include "jobs/jobdialogrig.h"
 
 #include <QLocale>
@@ -192,7 +193,7 @@ private slots:
         QCOMPARE(d->choosejob.rows.last().text, QStringLiteral("NEW7 : Roof"));
         rig->w.ListBox2Ctl.visible = true;
         d->choosejob_Action(1);
-        QCOMPARE(rig->dialogs.messages, QStringList{specialw::kAppRunWarning + "\n\n" + specialw::kNSUNotifiAlertMsg});
+        QCOMPARE(rig->dialogs.messages, QStringList{core::App::kAppRunWarning + "\n\n" + specialw::kNSUNotifiAlertMsg});
         QCOMPARE(rig->hooks.calls, QStringList{"joblistupdate"}); // and no preset window
     }
 

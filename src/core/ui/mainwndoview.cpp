@@ -65,7 +65,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     bar->addWidget(m_runButton);
     bar->addSpacing(8);
     bar->addWidget(m_runtotal, 1);
-    m_njButton2 = new QPushButton(kNewJob, central);
+    m_njButton2 = new QPushButton(Tr::EMAddJob, central);
     m_njButton2->setObjectName(QStringLiteral("njButton2"));
     m_njButton2->setFlat(true);
     bar->addWidget(m_njButton2);

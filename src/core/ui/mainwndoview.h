@@ -24,8 +24,6 @@ class MainwndoView : public QMainWindow
     Q_OBJECT
 
 public:
-    inline static const QString kNewJob = QStringLiteral("Add Job...");
-
     MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent = nullptr);
 
     // Asked when the user closes the window; false keeps it open.

@@ -113,12 +113,12 @@ void registerModalViews(platform::qt::QtDialogs& dialogs)
     dialogs.registerView(QStringLiteral("ttljobtme"), [](platform::ModalForm& f, QWidget* parent) {
         auto& w = static_cast<Ttljobtme&>(f);
         runTotalWindow(Ttljobtme::kTTJDesc, {{Tr::MWJobNo, w.redjobno}, {Tr::MWProject, w.cliproj}}, w.cpyfield,
-                       Ttljobtme::kTotalTime, parent);
+                       Tr::TotalTime, parent);
         w.ButtonPressed = Tr::MWButtonOK;
     });
     dialogs.registerView(QStringLiteral("ttldaytme"), [](platform::ModalForm& f, QWidget* parent) {
         auto& w = static_cast<Ttldaytme&>(f);
-        runTotalWindow(Ttldaytme::kTTLDesc, {{Ttldaytme::kDate, w.redate}}, w.dayttl, Ttldaytme::kTotalTime, parent);
+        runTotalWindow(Ttldaytme::kTTLDesc, {{Tr::DateLabel, w.redate}}, w.dayttl, Tr::TotalTime, parent);
         w.ButtonPressed = Tr::MWButtonOK;
     });
 }

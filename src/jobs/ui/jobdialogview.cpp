@@ -1,5 +1,6 @@
 #include "jobs/ui/jobdialogview.h"
 
+#include "core/mainwndo.h"
 #include "platform/qt/qtplatform.h"
 
 #include <QEvent>
@@ -20,7 +21,6 @@ namespace jobs::ui
 namespace
 {
 
-const QString kWindowTitle = QStringLiteral("Veltrick");
 const QString kChooseJobArrow = QStringLiteral("\u25BE");
 constexpr int kMinimumWidth = 380;
 
@@ -75,7 +75,7 @@ bool isDark(const QPalette& palette)
 specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m_form(form)
 {
     setObjectName(specialw::kFormName);
-    setWindowTitle(kWindowTitle);
+    setWindowTitle(core::Mainwndo::kAppTitle);
     setMinimumWidth(kMinimumWidth);
     if (parent)
         setWindowModality(Qt::WindowModal);
@@ -95,7 +95,7 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
         grid->addWidget(l, line, 0);
     };
 
-    label(specialw::kDate);
+    label(Tr::DateLabel);
     auto* dateRow = new QHBoxLayout;
     m_dateField = new QLineEdit(this);
     m_dateField->setObjectName(QStringLiteral("dateField"));
@@ -152,7 +152,7 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
     m_nmepopup->setObjectName(QStringLiteral("nmepopup"));
     grid->addWidget(m_nmepopup, line++, 1);
 
-    label(specialw::kTotalTime);
+    label(Tr::TotalTime);
     auto* timeRow = new QHBoxLayout;
     m_sphrs = new QLineEdit(this);
     m_sphrs->setObjectName(QStringLiteral("sphrs"));
@@ -171,7 +171,7 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
     grid->setColumnStretch(1, 1);
     layout->addLayout(grid);
 
-    layout->addWidget(new QLabel(specialw::kNotesTitle, this));
+    layout->addWidget(new QLabel(Tr::MWButtonNote, this));
     m_notes = new QPlainTextEdit(this);
     m_notes->setObjectName(QStringLiteral("NotesArea"));
     m_notes->setTabChangesFocus(true);

@@ -7,6 +7,7 @@
 #include "core/ui/mainwndoview.h"
 #include "core/ui/modalviews.h"
 #include "jobs/listbehaviour.h"
+#include "jobs/listtexts.h"
 #include "jobs/notes.h"
 #include "jobs/rowops.h"
 #include "jobs/ui/jobdialogview.h"
@@ -364,23 +365,22 @@ void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
                     (m_window->jobs.*command)();
             };
         };
-        QAction* add = edit->addAction(QStringLiteral("Add Job..."), QKeySequence(QStringLiteral("Ctrl+J")), this,
+        QAction* add = edit->addAction(Tr::EMAddJob, QKeySequence(QStringLiteral("Ctrl+J")), this,
                                        jobCommand(&jobs::JobOps::_nujobmenu2_Action));
-        QAction* duplicate = edit->addAction(QStringLiteral("Duplicate Job..."), QKeySequence(QStringLiteral("Ctrl+D")),
-                                             this, jobCommand(&jobs::JobOps::_duplicate_Action));
-        QAction* details = edit->addAction(QStringLiteral("Job Details…"), QKeySequence(QStringLiteral("Ctrl+F")), this,
+        QAction* duplicate = edit->addAction(Tr::EMDupeJob, QKeySequence(QStringLiteral("Ctrl+D")), this,
+                                             jobCommand(&jobs::JobOps::_duplicate_Action));
+        QAction* details = edit->addAction(Tr::EMJobDetails, QKeySequence(QStringLiteral("Ctrl+F")), this,
                                            jobCommand(&jobs::JobOps::_edjobmenu_Action));
-        QAction* notey =
-            edit->addAction(QStringLiteral("Job Notes..."), QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
-                if (m_window)
-                    m_window->notes._notey_Action();
-            });
+        QAction* notey = edit->addAction(Tr::EMJobNotes, QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
+            if (m_window)
+                m_window->notes._notey_Action();
+        });
         edit->addSeparator();
         QAction* zerorow = edit->addAction(Tr::EMReset, QKeySequence(QStringLiteral("Ctrl+R")), this, [this] {
             if (m_window)
                 m_window->rowOps._zerorow_Action();
         });
-        QAction* clearjb2 = edit->addAction(QStringLiteral("Delete Job..."), this, [this] {
+        QAction* clearjb2 = edit->addAction(Tr::EMDeleteJob, this, [this] {
             if (m_window)
                 m_window->rowOps.deletejb();
         });
