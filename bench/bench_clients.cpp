@@ -1,9 +1,4 @@
-#include "clients/clientlist.h"
-#include "clients/clientsync.h"
 #include "clients/synchost.h"
-#include "clients/vcardstore.h"
-#include "support/fakes.h"
-#include "support/memorystore.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -47,18 +42,10 @@ void writeFile(const QString& path, const QByteArray& bytes)
 
 void runSync(benchmark::State& state, const QString& folder)
 {
-    storage::DiskFileStore disk;
-    clients::VCardStore store(disk, folder);
-    testing::ScriptedDialogs dialogs;
-    testing::FakeDesktop desktop;
-    testing::MemoryFileStore prefs;
-    testing::RecordingSyncHost host;
-    const QString listFile = QStringLiteral("/prefs/VLK8Contacts");
-    clients::ClientSync sync(store, dialogs, desktop, prefs, listFile, host);
+    testing::SyncRig rig(folder);
     for (auto _ : state)
-        sync.syncaddressbook2();
-    const auto names = clients::readClientList(prefs, listFile);
-    if (names.size() != 4000 || !dialogs.messages.isEmpty())
+        rig.sync.syncaddressbook2();
+    if (rig.listFile().size() != 4000 || !rig.dialogs.messages.isEmpty())
         state.SkipWithError("the sync did not find the 4000 clients");
 }
 

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "clients/clientlist.h"
 #include "clients/clientsync.h"
+#include "clients/vcardstore.h"
+#include "support/fakes.h"
+#include "support/memorystore.h"
 
 #include <QStringList>
 
@@ -23,6 +27,22 @@ public:
     QStringList status;
     int timer2Starts = 0;
     int refreshes = 0;
+};
+
+// One synchronisation over a folder of real cards, the client list file kept in memory.
+struct SyncRig
+{
+    explicit SyncRig(const QString& folder) : book(disk, folder) {}
+    QStringList listFile() const { return clients::readClientList(prefs, kListFile); }
+
+    inline static const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
+    storage::DiskFileStore disk;
+    clients::VCardStore book;
+    ScriptedDialogs dialogs;
+    FakeDesktop desktop;
+    MemoryFileStore prefs;
+    RecordingSyncHost host;
+    clients::ClientSync sync{book, dialogs, desktop, prefs, kListFile, host};
 };
 
 } // namespace testing

@@ -16,8 +16,6 @@ using Files = QList<QPair<QString, QByteArray>>;
 namespace
 {
 
-const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
-
 QByteArray member(const QByteArray& org, const QByteArray& categories = "Veltrick Clients")
 {
     return "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Doe;Jo;;;\r\nFN:Jo Doe\r\nORG:" + org +
@@ -27,19 +25,14 @@ QByteArray member(const QByteArray& org, const QByteArray& categories = "Veltric
 const QByteArray kGroupCard =
     "BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nFN:Veltrick Clients\r\nUID:g1\r\nEND:VCARD\r\n";
 
-// One synchronisation over a real folder: the address book on disk, the list file in memory.
-struct Rig
+// The folder comes first, so that the rig can be made over it.
+struct Folder
 {
     testing::VCardFolder folder;
-    storage::DiskFileStore disk;
-    clients::VCardStore book{disk, folder.path()};
-    testing::ScriptedDialogs dialogs;
-    testing::FakeDesktop desktop;
-    testing::MemoryFileStore prefs;
-    testing::RecordingSyncHost host;
-    clients::ClientSync sync{book, dialogs, desktop, prefs, kListFile, host};
-
-    QStringList listFile() const { return clients::readClientList(prefs, kListFile); }
+};
+struct Rig : Folder, testing::SyncRig
+{
+    Rig() : SyncRig(folder.path()) {}
 };
 
 } // namespace
@@ -93,7 +86,7 @@ private slots:
         QCOMPARE(rig.dialogs.messages, QStringList{Tr::MWNewBookContacts + "\n\n" + Tr::MWNewBookContactsTxt + "\n\n" +
                                                    Tr::MWNewBookExtraTxt});
         QCOMPARE(rig.desktop.beeps, 1);
-        QCOMPARE(rig.prefs.files.value(kListFile), QByteArray(2, '\0'));
+        QCOMPARE(rig.prefs.files.value(Rig::kListFile), QByteArray(2, '\0'));
         QVERIFY(rig.host.access);
         // The second run finds the group it made and says nothing.
         rig.sync.syncaddressbook2();

@@ -1,10 +1,5 @@
 #include "clients/addressadd.h"
-#include "clients/clientlist.h"
-#include "clients/clientsync.h"
 #include "clients/synchost.h"
-#include "clients/vcardstore.h"
-#include "support/fakes.h"
-#include "support/memorystore.h"
 
 #include <QDir>
 #include <QFile>
@@ -82,22 +77,13 @@ private slots:
         }
         QCOMPARE(QDir(book()).entryList(QDir::Files).size(), people.size());
 
-        storage::DiskFileStore disk;
-        clients::VCardStore store(disk, book());
-        testing::ScriptedDialogs dialogs;
-        testing::FakeDesktop desktop;
-        testing::MemoryFileStore prefs;
-        testing::RecordingSyncHost host;
-        const QString listFile = QStringLiteral("/prefs/VLK8Contacts");
-        clients::ClientSync sync(store, dialogs, desktop, prefs, listFile, host);
-
-        sync.syncaddressbook2();
-        QCOMPARE(dialogs.messages, QStringList());
-        QCOMPARE(clients::readClientList(prefs, listFile),
-                 (QStringList{QString::fromUtf8("Müller, Söhne; AG"), QStringLiteral("Zed Corp")}));
+        testing::SyncRig rig(book());
+        rig.sync.syncaddressbook2();
+        QCOMPARE(rig.dialogs.messages, QStringList());
+        QCOMPARE(rig.listFile(), (QStringList{QString::fromUtf8("Müller, Söhne; AG"), QStringLiteral("Zed Corp")}));
 
         // A client added by the program is a contact khard reads, with its organisation.
-        clients::addressadd sheet(store, dialogs, desktop, sync);
+        clients::addressadd sheet(rig.book, rig.dialogs, rig.desktop, rig.sync);
         sheet.Open();
         sheet.CheckBox1 = true;
         sheet.CheckBox1_Action();
@@ -105,7 +91,7 @@ private slots:
         sheet.nameTwo.Text = QStringLiteral("Ray");
         sheet.nameCompany.Text = QStringLiteral("Acme; Partners");
         sheet.PushButton1_Action();
-        QCOMPARE(clients::readClientList(prefs, listFile).size(), 3);
+        QCOMPARE(rig.listFile().size(), 3);
         const QByteArray listed = khard({"list", "-p", "-F", "name,organisations", "Flo"});
         QVERIFY2(listed.contains("Flo Ray") && listed.contains("Acme; Partners"), listed.constData());
     }
