@@ -21,7 +21,8 @@ void livecountTick(benchmark::State& state)
     testing::ScriptedDialogs dialogs;
     testing::FakeTimers timers;
     core::MainwndoHooks hooks;
-    core::Mainwndo w(prefs, {clock, desktop, dialogs, timers, hooks});
+    platform::EventGate gate;
+    core::Mainwndo w(prefs, {clock, desktop, dialogs, timers, hooks, gate});
 
     clock.set(2026, 11, 22, 9, 0);
     const QDate today = clock.now().date();

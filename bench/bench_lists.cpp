@@ -1,7 +1,5 @@
 // The long walks of the job lists at 100,000 rows: building the single-client view and the date sort.
 #include "jobs/listbehaviour.h"
-#include "jobs/notes.h"
-#include "jobs/rowops.h"
 #include "support/listfixture.h"
 
 #include <benchmark/benchmark.h>
@@ -60,9 +58,7 @@ void dateSort(benchmark::State& state)
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     testing::ListFixture f;
     fillRows(f, static_cast<int>(state.range(0)));
-    jobs::RowOps ops(f.w, {f.clock, f.desktop, f.dialogs, f.hooks, f.view});
-    jobs::Notes notes(f.w, f.prefs, {f.desktop, f.dialogs, f.view});
-    jobs::ListBehaviour lists(f.w, {f.clock, f.desktop, f.view, ops, notes});
+    jobs::ListBehaviour lists(f.w, {f.clock, f.desktop, f.view});
     f.w.setListIndex(500);
     for (auto _ : state) {
         lists.SortColumn(1, core::CellDate); // each press turns the order round, so every press moves rows

@@ -1,7 +1,10 @@
+#include "clients/vcardstore.h"
 #include "shell/ui/shell.h"
 #include "shell/ui/singleinstance.h"
+#include "storage/filestore.h"
 
 #include <QApplication>
+#include <QStandardPaths>
 
 #include <exception>
 
@@ -9,6 +12,8 @@ namespace
 {
 
 // No error ends the program: whatever escapes a handler is reported and the event loop goes on.
+// Every event counts as under way while it is handled, so that a tick, an open request or a command that
+// arrives while a handler walks the rows or shows a modal window waits until that handler has returned.
 class Application : public QApplication
 {
 public:
@@ -17,14 +22,15 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override
     {
+        if (!shell)
+            return QApplication::notify(receiver, event);
+        platform::EventGate::Scope handling(shell->gate());
         try {
             return QApplication::notify(receiver, event);
         } catch (const std::exception& error) {
-            if (shell)
-                shell->app().Event_UnhandledException(-3, QString::fromLocal8Bit(error.what()));
+            shell->program().app().Event_UnhandledException(-3, QString::fromLocal8Bit(error.what()));
         } catch (...) {
-            if (shell)
-                shell->app().Event_UnhandledException(-3, QString());
+            shell->program().app().Event_UnhandledException(-3, QString());
         }
         return false;
     }
@@ -42,10 +48,22 @@ int main(int argc, char* argv[])
     shell::ui::SingleInstance instance;
     if (instance.forwardToRunning(documents))
         return 0;
-    shell::ui::Shell shell;
+    platform::SystemClock clock;
+    platform::qt::QtDesktop desktop;
+    platform::qt::QtDialogs dialogs;
+    platform::qt::QtTimerFactory timers;
+    storage::DiskFileStore files;
+    clients::VCardStore contacts(files);
+    shell::ui::registerViews(dialogs);
+    shell::Program program({clock, desktop, dialogs, timers, files, contacts,
+                            QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation),
+                            QCoreApplication::applicationDirPath()});
+    shell::ui::Shell shell(program);
     application.shell = &shell;
     QObject::connect(&instance, &shell::ui::SingleInstance::openRequested, &shell, &shell::ui::Shell::openRequested);
     instance.listen();
     shell.start(documents);
-    return QApplication::exec();
+    const int code = QApplication::exec();
+    application.shell = nullptr; // what the shell's end sends goes past the gate
+    return code;
 }

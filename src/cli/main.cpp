@@ -141,13 +141,13 @@ int totals(const QString& path, const platform::Clock& clock)
         return ExitFailed;
 
     const QString today = core::shortDate(clock.now().date());
-    int listMinutes = 0;
-    int todayMinutes = 0;
+    qint64 listMinutes = 0;
+    qint64 todayMinutes = 0;
     // Job totals in the order in which each job number first appears, under its first spelling.
     QHash<QString, size_t> jobIndex;
-    std::vector<std::pair<QString, int>> jobs;
+    std::vector<std::pair<QString, qint64>> jobs;
     for (const core::JobRow& row : sheet.rows) {
-        const int minutes = row.minutes();
+        const qint64 minutes = row.minutes();
         listMinutes += minutes;
         if (core::sameText(row.cell(core::CellDate), today))
             todayMinutes += minutes;

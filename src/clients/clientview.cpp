@@ -31,6 +31,12 @@ void ClientView::clientlist2_Open()
 {
     m_children.clear();
     m_expanded = false;
+    // Back on "All Clients": a client's view that was on goes through the change like any other pick,
+    // so the picker and the lists never disagree.
+    if (m_clientIndex > 0) {
+        setClientlist2Index(0);
+        return;
+    }
     m_clientIndex = 0;
     emit clientRowsChanged();
 }
@@ -50,6 +56,10 @@ void ClientView::clientlist2_ExpandRow()
 
 void ClientView::clientlist2_CollapseRow()
 {
+    if (m_w.running) {
+        emit clientRowsChanged(); // the picker stays as it is until the job stops
+        return;
+    }
     m_children.clear();
     m_expanded = false;
     if (m_clientIndex > 0)
@@ -64,6 +74,10 @@ void ClientView::setClientlist2Index(int index)
 {
     if (index < -1 || index >= clientlist2RowCount())
         index = -1;
+    if (m_w.running) {
+        emit clientRowsChanged(); // the view cannot change during timing: the picker shows it again
+        return;
+    }
     if (index == m_clientIndex)
         return;
     m_clientIndex = index;

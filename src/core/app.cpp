@@ -18,8 +18,6 @@ void App::Event_Open()
     prefs.positionx = mouse.x();
     prefs.positiony = mouse.y();
     prefs.checktime = 1;
-    if (prefs.nteon)
-        m_hooks.shwntsCaption(Tr::VMHideNotes);
 
     if (!prefs.lastdoc.isEmpty() && prefs.autopen) {
         thisdoc = prefs.lastdoc;
@@ -36,6 +34,37 @@ void App::Event_Open()
         m_s.desktop.beep();
         m_hooks.firstRun();
     }
+}
+
+void App::Event_EnableMenuItems(MenuItems& m) const
+{
+    m.on({Item::nineprefs, Item::aboutme, Item::helpon2, Item::open, Item::nusheet});
+    m.off({Item::presetJobs});
+    if (mywindowcount == 1) {
+        m.off({Item::nusheet, Item::open, Item::openOld}); // one timesheet at a time
+        m.on({Item::saveAs, Item::presetJobs});
+    }
+    if (mywindowcount == 0)
+        m.off({Item::saveAs});
+    m.set(Item::webo, prefs.netlook);
+    const bool alt = m_s.desktop.altDown();
+    m.setCaption(Item::exportmenu, alt ? Tr::FMExportAlt : Tr::FMExport);
+    m.setCaption(Item::zerorow, alt ? Tr::EMResetAll : Tr::EMReset);
+    m.setCaption(Item::syncAddressBook, Tr::FMSyncClientsML);
+    // The note strip's item tells what choosing it will do.
+    m.setCaption(Item::shwnts, prefs.nteon ? Tr::VMHideNotes : Tr::VMShowNotes);
+}
+
+MenuItems App::menuState() const
+{
+    MenuItems items;
+    items.on({Item::openOld, Item::saveAs, Item::FileQuit});
+    if (m_main)
+        Mainwndo::autoEnabled(items);
+    Event_EnableMenuItems(items);
+    if (m_main)
+        m_main->Event_EnableMenuItems(items);
+    return items;
 }
 
 Mainwndo& App::mainwndo()
@@ -111,13 +140,16 @@ void App::Event_Close()
 
 void App::Event_OpenDocument(const QString& path)
 {
-    thisdoc = path;
     if (m_main) {
         if (m_main->boxchange)
             m_main->autosave();
+        // Rows that are in no file (it has none yet, or the disk refused) are not dropped unasked.
+        if (m_main->boxchange && m_main->Event_CancelClose())
+            return;
         if (m_main->running)
             m_main->Allstop();
     }
+    thisdoc = path;
     m_hooks.sesame();
 }
 

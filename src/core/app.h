@@ -33,7 +33,6 @@ public:
     virtual void mainwndoOpened(Mainwndo& window) { Q_UNUSED(window); }
     // Quit was chosen: the preset window and the status strip close, their places are kept.
     virtual void quitting() {}
-    virtual void shwntsCaption(const QString& caption) { Q_UNUSED(caption); }
     virtual void exit() {}
 };
 
@@ -65,6 +64,11 @@ public:
     int windScreen = 0;
 
     void Event_Open();
+    // The enable procedure of the application's commands.
+    void Event_EnableMenuItems(MenuItems& items) const;
+    // Every command's state now: the items on by themselves, then the application's procedure, then the
+    // main window's while it is open.
+    MenuItems menuState() const;
     // The main window, made and opened on first use.
     Mainwndo& mainwndo();
     Mainwndo* existingMainwndo() const { return m_main.get(); }

@@ -46,12 +46,12 @@ void JobRow::setTag(int column, const QString& text)
     }
 }
 
-int JobRow::minutes() const
+qint64 JobRow::minutes() const
 {
     return Val(cell(CellHours)) * 60 + Val(cell(CellMinutes));
 }
 
-void JobRow::setMinutes(int total)
+void JobRow::setMinutes(qint64 total)
 {
     setCell(CellHours, fmt00(total / 60));
     setCell(CellMinutes, fmt00(total % 60));

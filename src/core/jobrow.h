@@ -49,8 +49,8 @@ struct JobRow
     void setTag(int column, const QString& text);
 
     // The row's total time in minutes: hours times 60 plus minutes, unreadable cells counting 0.
-    int minutes() const;
-    void setMinutes(int total);
+    qint64 minutes() const;
+    void setMinutes(qint64 total);
 
     bool operator==(const JobRow&) const = default;
 };

@@ -15,29 +15,63 @@ Mainwndo::Mainwndo(AppPrefs& prefs, Services services)
       m_timer4(m_s.timers.create(60000))
 {
     m_timer2->action = [this] { Timer2_Action(); };
-    m_timer3->action = [this] { timerTick(&Mainwndo::livecount); };
-    m_timer4->action = [this] { timerTick(&Mainwndo::Timer4_Action); };
+    m_timer3->action = [this] { timerTick(*m_timer3, &Mainwndo::livecount); };
+    m_timer4->action = [this] { timerTick(*m_timer4, &Mainwndo::Timer4_Action); };
     clientlist2Width = prefs.cls;
     Uptotal2(1);
 }
 
 Mainwndo::~Mainwndo() = default;
 
-void Mainwndo::timerTick(void (Mainwndo::*handler)())
+void Mainwndo::timerTick(platform::Timer& timer, void (Mainwndo::*handler)())
 {
-    if (m_walking > 0) {
-        m_pendingTick = handler;
-        return;
-    }
-    (this->*handler)();
+    // A tick that arrives inside a walk or a modal window waits for it to end, so that no minute is
+    // written into rows that are being read or changed.
+    m_s.gate.post(this, [this, &timer, handler] {
+        // A stop that came first has measured already and turned the timer off.
+        if (timer.mode() != platform::Timer::Off)
+            (this->*handler)();
+    });
 }
 
-Mainwndo::Walk::~Walk()
+void Mainwndo::Event_EnableMenuItems(MenuItems& m) const
 {
-    if (--m_w.m_walking == 0 && m_w.m_pendingTick) {
-        auto handler = std::exchange(m_w.m_pendingTick, nullptr);
-        (m_w.*handler)();
+    m.on({Item::save, Item::duplicate, Item::edjobmenu, Item::totaltime2, Item::exportmenu, Item::totaldy2,
+          Item::printit, Item::nujobmenu2, Item::zerorow, Item::notey, Item::FilePrintLayout, Item::clearjb2,
+          Item::shwnts, Item::statusStart});
+    m.off({Item::clozeit, Item::switchit, Item::statusStop, Item::EditCopy, Item::EditCut});
+    if (!njButton2.enabled)
+        m.off({Item::nujobmenu2});
+    if (!xpath.isEmpty())
+        m.on({Item::clozeit, Item::switchit, Item::exportmenu});
+    if (!boxchange)
+        m.off({Item::save});
+    if (running) {
+        m.off({Item::zerorow, Item::notey, Item::clearjb2, Item::exportmenu, Item::duplicate, Item::edjobmenu,
+               Item::totaltime2, Item::totaldy2, Item::nujobmenu2, Item::statusStart, Item::syncAddressBook,
+               Item::FileAddNewClient});
+        m.on({Item::clozeit, Item::switchit, Item::statusStop});
     }
+    if (dateschanged) {
+        m.off({Item::exportmenu, Item::duplicate, Item::edjobmenu, Item::totaltime2, Item::totaldy2, Item::nujobmenu2});
+        m.on({Item::clozeit, Item::switchit});
+    }
+    if (ListBox1.ListIndex == -1)
+        m.off({Item::duplicate, Item::edjobmenu, Item::totaltime2, Item::totaldy2, Item::notey, Item::clearjb2,
+               Item::zerorow, Item::statusStart, Item::statusStop});
+}
+
+void Mainwndo::autoEnabled(MenuItems& items)
+{
+    items.on({Item::FileAddNewClient, Item::syncAddressBook, Item::statusStart, Item::statusStop});
+}
+
+bool Mainwndo::allows(Item item) const
+{
+    MenuItems items;
+    autoEnabled(items);
+    Event_EnableMenuItems(items);
+    return items.enabled(item);
 }
 
 void Mainwndo::Timer4_Action()
@@ -132,9 +166,8 @@ void Mainwndo::Allstop()
         stopmin = stop.min;
         notifyRow();
     }
-    autosave();
+    autosave(); // clears boxchange when the stop reached the file; a failed write leaves it dirty
     setcont();
-    boxchange = false;
     running = false;
     if (!ListBox2Ctl.visible) {
         ListBox1Ctl.enabled = true;
@@ -199,6 +232,9 @@ void Mainwndo::setcont()
 
 void Mainwndo::runByCaption()
 {
+    // The button is off while a save or the rollover question is under way, and with no row selected.
+    if (!runButton.enabled || !ListBox1.hasSelection())
+        return;
     if (runButton.caption == Tr::MWStartButtonFs)
         gostart();
     else if (runButton.caption == Tr::MWStartButtonStop)
@@ -216,14 +252,18 @@ void Mainwndo::runButton_Action()
 
 bool Mainwndo::Event_KeyDown(QChar key)
 {
-    if (key != QLatin1Char(' ') || ListBox1.ListIndex < 0)
+    if (!takesKey(key))
         return false;
+    // Space is the run button, with the button's state.
     runByCaption();
     return true;
 }
 
 void Mainwndo::_statusStart_Action()
 {
+    // Not on a running row: a start there would move the start time without measuring.
+    if (!allows(Item::statusStart) || !runButton.enabled)
+        return;
     if (runButton.caption == Tr::MWStartButtonFs)
         gostart();
     else
@@ -234,6 +274,8 @@ void Mainwndo::_statusStart_Action()
 
 void Mainwndo::_statusStop_Action()
 {
+    if (!allows(Item::statusStop))
+        return;
     if (runButton.caption == Tr::MWStartButtonStop)
         Allstop();
     m_s.hooks.menuControl();
@@ -242,13 +284,31 @@ void Mainwndo::_statusStop_Action()
 
 // ---- selection, row checks and the day rollover ----
 
-void Mainwndo::setListIndex(int index)
+bool Mainwndo::setListIndex(int index)
 {
     if (index < -1 || index >= ListBox1.ListCount())
         index = -1;
+    if (running && index != ListBox1.ListIndex) {
+        // Every tick charges the selected row: while a job runs, its row stays the selected one.
+        emit selectionChanged();
+        return false;
+    }
+    selectRow(index);
+    return true;
+}
+
+void Mainwndo::selectRow(int index)
+{
     ListBox1.ListIndex = index;
     emit selectionChanged();
     ListBox1_Change();
+}
+
+void Mainwndo::insertRow(int index, JobRow row)
+{
+    ListBox1.InsertRow(index, std::move(row));
+    if (ListBox1.ListIndex >= index)
+        ++ListBox1.ListIndex;
 }
 
 void Mainwndo::ListBox1_Change()
@@ -332,20 +392,20 @@ void Mainwndo::dupejob()
     const ClockMinute start = clockMinute(now);
     ListBox1.starthrs = start.hrs;
     ListBox1.startmin = start.min;
-    ListBox1.InsertRow(0, std::move(copy));
+    insertRow(0, std::move(copy));
     emit rowsReset();
-    setListIndex(0);
+    selectRow(0); // the engine's own move: the running job goes on in the new row
     if (ListBox2Ctl.visible)
         m_s.hooks.populatelistbox2();
 }
 
 // ---- totals ----
 
-int Mainwndo::listMinutes(const Timesheet& list)
+qint64 Mainwndo::listMinutes(const Timesheet& list)
 {
-    Walk walk(*this);
+    platform::EventGate::Scope walk(m_s.gate);
     platform::YieldGate gate(m_s.desktop);
-    int total = 0;
+    qint64 total = 0;
     for (const JobRow& row : list.rows) {
         total += row.minutes();
         gate.step();
@@ -361,7 +421,7 @@ void Mainwndo::Uptotal()
 void Mainwndo::Uptotal2(int list)
 {
     const Timesheet& sheet = list == 1 ? ListBox1 : ListBox2;
-    const int total = listMinutes(sheet);
+    const qint64 total = listMinutes(sheet);
     totaltimetoday(list == 1 ? 1 : 2);
     runtotal = Tr::MWListTotals + hhmm(total) + Tr::MWListToday + daytimetotal + Tr::MWListTotalsEntries +
                fmt00(sheet.ListCount());
@@ -380,9 +440,9 @@ void Mainwndo::totaltimetoday(int list)
         return;
     }
     const QString today = shortDate(m_s.clock.now().date());
-    Walk walk(*this);
+    platform::EventGate::Scope walk(m_s.gate);
     platform::YieldGate gate(m_s.desktop);
-    int total = 0;
+    qint64 total = 0;
     for (const JobRow& row : sheet.rows) {
         if (sameText(row.cell(CellDate), today))
             total += row.minutes();
@@ -419,16 +479,17 @@ void Mainwndo::_totaldy2_Action()
 
 // ---- document ----
 
-void Mainwndo::autosave()
+bool Mainwndo::autosave()
 {
     // The walks below yield to the event loop, where a tick could ask for another save: that one
     // runs once this one ends, never inside it.
     if (m_saving) {
         m_saveAgain = true;
-        return;
+        return false;
     }
     m_saving = true;
-    Walk walk(*this);
+    platform::EventGate::Scope walk(m_s.gate);
+    bool saved = false;
     do {
         m_saveAgain = false;
         const bool buttonsWere = runButton.enabled;
@@ -444,9 +505,11 @@ void Mainwndo::autosave()
                 datastream = Tr::MWDSWriteError;
                 m_timer2->setMode(platform::Timer::Single);
                 setRunButtons(buttonsWere);
+                saved = false;
                 continue;
             }
         }
+        saved = !xpath.isEmpty();
         m_timer2->setMode(platform::Timer::Single);
         if (toplist && ListBox1.hasSelection() && ListBox2.hasSelection()) {
             for (int c : {CellHours, CellMinutes})
@@ -462,10 +525,22 @@ void Mainwndo::autosave()
         if (!xpath.isEmpty())
             m_prefs.lastdoc = xpath;
         Windowfilename();
-        boxchange = false;
+        // Only rows that are in a file are safe: without one the document stays dirty, so that closing
+        // it still asks.
+        if (saved)
+            boxchange = false;
         setRunButtons(buttonsWere);
     } while (m_saveAgain);
     m_saving = false;
+    return saved;
+}
+
+void Mainwndo::_save_Action()
+{
+    if (xpath.isEmpty())
+        m_s.hooks.saveAs();
+    else
+        autosave();
 }
 
 void Mainwndo::Windowfilename()
@@ -509,8 +584,9 @@ bool Mainwndo::Event_CancelClose()
     question.alternate = Tr::MWButtonDontSave;
     switch (m_s.dialogs.ask(question)) {
     case platform::Answer::Action:
-        autosave();
-        return false;
+        // A save that did not happen (Save As cancelled, the disk refused) keeps the window open.
+        _save_Action();
+        return boxchange;
     case platform::Answer::Alternate:
         return false;
     case platform::Answer::Cancel:
@@ -525,6 +601,7 @@ void Mainwndo::Event_Close()
         Allstop();
         autosave();
     }
+    emit closing();
     if (geometry.isValid()) {
         m_prefs.wintop = geometry.top();
         m_prefs.winleft = geometry.left();

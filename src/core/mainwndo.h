@@ -1,11 +1,13 @@
 #pragma once
 
 #include "core/appprefs.h"
+#include "core/menuitems.h"
 #include "core/texts.h"
 #include "core/timesheet.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/eventgate.h"
 #include "platform/result.h"
 #include "platform/timer.h"
 
@@ -31,6 +33,8 @@ public:
         Q_UNUSED(sheet);
         return platform::Result::success();
     }
+    // Save As for a document that has no file yet.
+    virtual void saveAs() {}
     virtual void budgetcheck() {}
     virtual void budgetcheck2() {}
     virtual void populatelistbox2() {}
@@ -82,10 +86,15 @@ public:
         platform::Dialogs& dialogs;
         platform::TimerFactory& timers;
         MainwndoHooks& hooks;
+        // Ticks that arrive while another event is under way wait here until it ends.
+        platform::EventGate& gate;
     };
 
     static constexpr unsigned kIndecatorRunning = 0x00BE00;
     static constexpr unsigned kIndecatorStopped = 0xFF0000;
+    // The size the window is made with, kept when its saved place is on no screen.
+    static constexpr int kCreatedWidth = 501;
+    static constexpr int kCreatedHeight = 400;
 
     inline static const QString kSCQuestionTxt1 = QStringLiteral("Do you want to save changes to ");
     inline static const QString kSCQuestionTxt2 = QStringLiteral(" before closing?");
@@ -118,7 +127,7 @@ public:
     QString clientnameselected;
     bool budgetNotice = false;
     QStringList trackListindex;
-    int budgetTotalMins = 0;
+    qint64 budgetTotalMins = 0;
     bool minime = false;
     QString jobtotal = QStringLiteral("00:00");
     QString selecteddaytotal = QStringLiteral("00:00");
@@ -140,12 +149,19 @@ public:
     QString datastream;
     bool dataprogress = false;
     QString title = kAppTitle;
-    QRect geometry; // left, top, width, height of the window; the view keeps it current
+    QRect geometry; // left, top, width, height of the window: restored, and brought up to date at the close
     int clientlist2Width = 152;
 
     platform::Timer& Timer2() { return *m_timer2; }
     platform::Timer& Timer3() { return *m_timer3; }
     platform::Timer& Timer4() { return *m_timer4; }
+
+    // The enable procedure of the window's commands; later steps override earlier ones.
+    void Event_EnableMenuItems(MenuItems& items) const;
+    // Whether a command of the window may run now, by the same procedure: handlers ask before acting.
+    bool allows(Item item) const;
+    // The window's items that are on by themselves while the window answers them.
+    static void autoEnabled(MenuItems& items);
 
     // Timing engine.
     void gostart();
@@ -155,12 +171,17 @@ public:
     void setstop();
     void setcont();
     void runButton_Action();
+    // Space with a row selected is the run button.
+    bool takesKey(QChar key) const { return key == QLatin1Char(' ') && ListBox1.ListIndex >= 0; }
     bool Event_KeyDown(QChar key);
     void _statusStart_Action();
     void _statusStop_Action();
 
-    // Selection and row checks.
-    void setListIndex(int index); // the selection moved: ListBox1_Change follows
+    // Selection and row checks. The selection moved: ListBox1_Change follows. While a job runs its row
+    // stays selected, whoever asks: the answer is false and the views are told to show it again.
+    bool setListIndex(int index);
+    // A row goes into ListBox1 without moving the selection off the row it is on.
+    void insertRow(int index, JobRow row);
     void ListBox1_Change();
     void rowcheck();
     void datechecker();
@@ -175,8 +196,10 @@ public:
     void _totaltime2_Action();
     void _totaldy2_Action();
 
-    // Document.
-    void autosave();
+    // Document. autosave answers true when the rows are in the file; a document without a file stays
+    // dirty, and its Save is Save As.
+    bool autosave();
+    void _save_Action();
     void Windowfilename();
     void deleteall();
     void markChanged(); // a row was edited: the document is dirty
@@ -199,29 +222,17 @@ signals:
     void rowChanged(int row); // cells of one row of ListBox1
     void selectionChanged();  // ListIndex of ListBox1 moved
     void focusRequested(int list);
+    void closing(); // the window's place is about to be stored: the view says where it is
 
 private:
+    void selectRow(int index);
     void setRunButtons(bool enabled);
     void startRunning(); // save, then the running state with its timers
     void runByCaption(); // the run button's choice: first start, stop or start
     void startTimers(platform::Timer::Mode mode);
     void notifyRow();
-    int listMinutes(const Timesheet& list);
-    void timerTick(void (Mainwndo::*handler)());
-
-    // A walk over the rows yields to the event loop, where a timer may fire. A tick that arrives then
-    // would change the rows under the walk, so it waits and runs when the walk is over.
-    class Walk
-    {
-    public:
-        explicit Walk(Mainwndo& w) : m_w(w) { ++m_w.m_walking; }
-        ~Walk();
-
-    private:
-        Mainwndo& m_w;
-    };
-    int m_walking = 0;
-    void (Mainwndo::*m_pendingTick)() = nullptr;
+    qint64 listMinutes(const Timesheet& list);
+    void timerTick(platform::Timer& timer, void (Mainwndo::*handler)());
 
     AppPrefs& m_prefs;
     Services m_s;

@@ -32,7 +32,7 @@ ClockMinute measure(JobRow& row, const QString& starthrs, const QString& startmi
     else if (stop < start)
         stop += 1440;
 
-    row.setMinutes(static_cast<int>(total + stop - start));
+    row.setMinutes(total + stop - start);
     row.run = kRunStopped;
     return stopAt;
 }

@@ -9,7 +9,7 @@
 namespace core
 {
 
-int Val(QStringView text)
+qint64 Val(QStringView text)
 {
     qsizetype i = 0;
     while (i < text.size() && text[i].isSpace())
@@ -19,28 +19,29 @@ int Val(QStringView text)
         negative = text[i] == u'-';
         ++i;
     }
-    long long value = 0;
+    qint64 value = 0;
     for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i) {
         value = value * 10 + (text[i].unicode() - u'0');
-        if (value > 100000000) // far beyond any real total; keeps the sums away from overflow
+        // Far beyond any real total: the minutes of 100,000 such rows still add up without overflow.
+        if (value >= kValLimit)
             break;
     }
-    return static_cast<int>(negative ? -value : value);
+    return negative ? -value : value;
 }
 
-QString fmt00(int value)
+QString fmt00(qint64 value)
 {
     if (value < 0)
         return QLatin1Char('-') + fmt00(-value);
     return value < 10 ? QStringLiteral("0") + QString::number(value) : QString::number(value);
 }
 
-QString hhmm(int minutes)
+QString hhmm(qint64 minutes)
 {
     return fmt00(minutes / 60) + QLatin1Char(':') + fmt00(minutes % 60);
 }
 
-QString hhmmSpaced(int minutes)
+QString hhmmSpaced(qint64 minutes)
 {
     return fmt00(minutes / 60) + QStringLiteral(" : ") + fmt00(minutes % 60);
 }

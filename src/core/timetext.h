@@ -15,15 +15,17 @@ inline bool sameText(const QString& a, const QString& b)
     return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
 }
 
-// Decimal value of the leading number of a text; a text that starts with no number is 0.
-int Val(QStringView text);
+// Decimal value of the leading number of a text; a text that starts with no number is 0. Digits past
+// kValLimit are not read.
+inline constexpr qint64 kValLimit = 1000000000000LL;
+qint64 Val(QStringView text);
 
 // At least two digits: 7 -> "07", 125 -> "125".
-QString fmt00(int value);
+QString fmt00(qint64 value);
 
 // Minutes as "HH:MM" (hours unlimited), and the spaced "HH : MM" of the small total windows.
-QString hhmm(int minutes);
-QString hhmmSpaced(int minutes);
+QString hhmm(qint64 minutes);
+QString hhmmSpaced(qint64 minutes);
 
 // The short date of the locale in force, as rows store it.
 QString shortDate(const QDate& date);

@@ -5,9 +5,9 @@
 namespace core
 {
 
-int sumWhere(const Timesheet& sheet, int column, const QString& key)
+qint64 sumWhere(const Timesheet& sheet, int column, const QString& key)
 {
-    int total = 0;
+    qint64 total = 0;
     for (const JobRow& row : sheet.rows)
         if (sameText(row.cell(column), key))
             total += row.minutes();

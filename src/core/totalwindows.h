@@ -31,6 +31,6 @@ public:
 };
 
 // Minutes of all rows whose cell `column` equals `key`, ignoring case.
-int sumWhere(const Timesheet& sheet, int column, const QString& key);
+qint64 sumWhere(const Timesheet& sheet, int column, const QString& key);
 
 } // namespace core

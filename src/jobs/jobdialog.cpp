@@ -2,6 +2,7 @@
 
 #include "core/app.h"
 #include "core/timetext.h"
+#include "jobs/notes.h"
 #include "platform/yieldgate.h"
 #include "storage/clients_file.h"
 
@@ -162,10 +163,8 @@ void specialw::NotesArea_Open(bool dark)
 
 void specialw::refreshOppsList()
 {
-    const auto operations = m_s.sources.operations();
-    if (!operations)
-        return; // a file that went away leaves the menu as it was
-    fillOpps(*operations);
+    // A file that has gone is a list with no entries: the menu keeps only its own rows.
+    fillOpps(m_s.sources.operations().value_or(storage::OperationList()));
     emit changed();
 }
 
@@ -310,11 +309,9 @@ void specialw::enterjob_GotFocus()
 bool specialw::NotesArea_TextChange(const QString& text)
 {
     // A note longer than the file's field would be cut on save; refuse it here, where the user sees why.
-    // A note that was already longer may still shrink.
-    const qsizetype bytes = text.toUtf8().size();
-    if (bytes > kNoteLimitBytes && bytes > NotesArea.toUtf8().size()) {
+    if (!noteTakes(NotesArea, text)) {
         m_s.desktop.beep();
-        noteWarning = kNoteTooLong;
+        noteWarning = noteFullText();
         emit changed();
         return false;
     }
@@ -410,7 +407,7 @@ void specialw::setdata()
     const bool newRow = bp == kButtonOkjob || !w.ListBox1.hasSelection();
     if (newRow) {
         row = 0;
-        w.ListBox1.InsertRow(0, core::JobRow{});
+        w.insertRow(0, core::JobRow{}); // a job that runs keeps its row selected
     }
     core::JobRow& target = w.ListBox1.row(row);
     target.setCell(core::CellDate, core::shortDate(*date));

@@ -158,8 +158,6 @@ public:
     inline static const QString kNSUNotifiAlertMsg =
         QStringLiteral("Single Client Selected: You must select All Clients from the Client List before you can "
                        "edit your Preset Jobs List.");
-    inline static const QString kNoteTooLong =
-        QStringLiteral("A note holds at most 188 bytes of text: the last input did not fit.");
     // The folder row of the client picker; any other text there is a client.
 
     // Typing limits of the text fields, in characters.
@@ -169,8 +167,6 @@ public:
     static constexpr int kNmepopupLimit = 20;
     static constexpr int kSphrsLimit = 3;
     static constexpr int kSpminLimit = 2;
-    // The longest note whose base64 still fits the 255-byte field of the timesheet file.
-    static constexpr int kNoteLimitBytes = 188;
 
     static constexpr int kTimerPeriod = 200;
 

@@ -40,6 +40,8 @@ void JobOps::donewjob()
 void JobOps::donewjob(const QString& hours, const QString& minutes)
 {
     core::Mainwndo& w = m_s.main;
+    if (!w.allows(core::Item::nujobmenu2))
+        return;
     // The dialog presets the client picked beside the list; "&" doubled, as its menu shows it.
     w.clientnameselected = menuText(w.ListBox2Ctl.visible ? w.LB2ClientName : Tr::MWClientListf);
 
@@ -54,7 +56,7 @@ void JobOps::donewjob(const QString& hours, const QString& minutes)
 void JobOps::doeditjob()
 {
     const core::Timesheet& list = m_s.main.ListBox1;
-    if (!list.hasSelection())
+    if (!m_s.main.allows(core::Item::edjobmenu))
         return;
     // The dialog opens first, so that the row's user and client replace its defaults.
     specialw dialog(m_s, openFlag);
@@ -76,7 +78,7 @@ void JobOps::doeditjob()
 void JobOps::clone()
 {
     const core::Timesheet& list = m_s.main.ListBox1;
-    if (!list.hasSelection())
+    if (!m_s.main.allows(core::Item::duplicate))
         return;
     specialw dialog(m_s, openFlag);
     dialog.Event_Open();

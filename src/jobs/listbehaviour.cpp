@@ -2,8 +2,6 @@
 
 #include "clients/clientview.h"
 #include "core/timetext.h"
-#include "jobs/notes.h"
-#include "jobs/rowops.h"
 #include "platform/yieldgate.h"
 
 #include <QHash>
@@ -116,11 +114,11 @@ bool ListBehaviour::ListBox_KeyDown(int list, QChar key)
         return false;
     // Backspace, and on this keyboard also Delete, remove; Return and Enter edit.
     if (key == QChar(8) || key == QChar(127)) {
-        m_s.rowOps.deletejb();
+        run(core::Item::clearjb2);
         return true;
     }
     if (key == QChar(13) || key == QChar(3)) {
-        run(m_commands.doeditjob);
+        run(core::Item::edjobmenu);
         return true;
     }
     return false;
@@ -128,38 +126,43 @@ bool ListBehaviour::ListBox_KeyDown(int list, QChar key)
 
 void ListBehaviour::ListBox_DoubleClick()
 {
-    run(m_commands.doeditjob);
+    run(core::Item::edjobmenu);
 }
+
+namespace
+{
+// The context menu's entries and the commands they stand for.
+const std::pair<const QString*, core::Item> kContextCommands[] = {{&Tr::EMDupeJob, core::Item::duplicate},
+                                                                  {&Tr::EMJobDetails, core::Item::edjobmenu},
+                                                                  {&Tr::EMJobNotes, core::Item::notey},
+                                                                  {&Tr::EMDeleteJob, core::Item::clearjb2},
+                                                                  {&Tr::EMAddJob, core::Item::nujobmenu2}};
+} // namespace
 
 QList<MenuItem> ListBehaviour::ConstructContextualMenu(int list)
 {
+    // Each entry is on exactly when its menu item is: the context menu is one more path to a command.
+    const auto item = [this](const QString& text, core::Item command) { return MenuItem{text, enabled(command)}; };
     if (!listOf(list).hasSelection())
-        return {{Tr::EMAddJob}};
+        return {item(Tr::EMAddJob, core::Item::nujobmenu2)};
     m_w.totalJobTime();
     m_w.totalSelectedDay();
     const QString dash = QStringLiteral(" - ");
-    return {{Tr::EMDupeJob},
-            {Tr::EMJobDetails},
-            {Tr::EMJobNotes},
+    return {item(Tr::EMDupeJob, core::Item::duplicate),
+            item(Tr::EMJobDetails, core::Item::edjobmenu),
+            item(Tr::EMJobNotes, core::Item::notey),
             {},
             {Tr::EMJobTotal + dash + m_w.jobtotal, false},
             {Tr::EMDayTotal + dash + m_w.selecteddaytotal, false},
             {},
-            {Tr::EMDeleteJob}};
+            item(Tr::EMDeleteJob, core::Item::clearjb2)};
 }
 
 bool ListBehaviour::ContextualMenuAction(const QString& itemText)
 {
-    if (itemText == Tr::EMDupeJob)
-        run(m_commands.clone);
-    else if (itemText == Tr::EMJobDetails)
-        run(m_commands.doeditjob);
-    else if (itemText == Tr::EMJobNotes)
-        m_s.notes._notey_Action();
-    else if (itemText == Tr::EMDeleteJob)
-        m_s.rowOps.deletejb();
-    else if (itemText == Tr::EMAddJob)
-        run(m_commands.donewjob);
+    for (const auto& [text, command] : kContextCommands)
+        if (itemText == *text)
+            run(command);
     return true;
 }
 
@@ -200,10 +203,10 @@ ListBehaviour::SortShown ListBehaviour::SortColumn(int list, int column)
     return text;
 }
 
-void ListBehaviour::run(const std::function<void()>& command)
+void ListBehaviour::run(core::Item item)
 {
-    if (command)
-        command();
+    if (m_commands.run)
+        m_commands.run(item);
 }
 
 } // namespace jobs

@@ -19,9 +19,6 @@ class ClientView;
 namespace jobs
 {
 
-class Notes;
-class RowOps;
-
 // One item of a list's context menu.
 struct MenuItem
 {
@@ -49,12 +46,12 @@ void sortByText(core::Timesheet& list, int column, Qt::SortOrder order);
 class ListBehaviour
 {
 public:
-    // The job dialog's commands, answered by the job entry once it is wired.
+    // The program's commands, the same that its menus run: whether one may run now, and running it
+    // (which asks the state again). Unset, every command is off.
     struct Commands
     {
-        std::function<void()> doeditjob;
-        std::function<void()> clone;
-        std::function<void()> donewjob;
+        std::function<bool(core::Item)> enabled;
+        std::function<void(core::Item)> run;
     };
 
     struct Services
@@ -62,8 +59,6 @@ public:
         platform::Clock& clock;
         platform::Desktop& desktop;
         clients::ClientView& clientView;
-        RowOps& rowOps;
-        Notes& notes;
     };
 
     ListBehaviour(core::Mainwndo& window, Services services, Commands commands = {})
@@ -89,7 +84,8 @@ public:
 
 private:
     core::Timesheet& listOf(int list) { return list == 2 ? m_w.ListBox2 : m_w.ListBox1; }
-    void run(const std::function<void()>& command);
+    bool enabled(core::Item item) const { return m_commands.enabled && m_commands.enabled(item); }
+    void run(core::Item item);
 
     core::Mainwndo& m_w;
     Services m_s;

@@ -18,10 +18,4 @@ inline const QString MWResetRowQuestionNote =
 inline const QString MWResetRowQuestion =
     QStringLiteral("OK to reset the selected row's date to today and zero the total time?");
 
-inline const QString EMDupeJob = QStringLiteral("Duplicate Job...");
-inline const QString EMJobDetails = QStringLiteral("Job Details\u2026");
-inline const QString EMJobNotes = QStringLiteral("Job Notes...");
-inline const QString EMDeleteJob = QStringLiteral("Delete Job...");
-inline const QString EMReset = QStringLiteral("Reset Row...");
-inline const QString EMResetAll = QStringLiteral("Reset All Rows...");
 } // namespace Tr

@@ -6,6 +6,21 @@
 namespace jobs
 {
 
+bool noteTakes(const QString& before, const QString& after)
+{
+    return storage::fitsTimesheetField(after) || after.toUtf8().size() <= before.toUtf8().size();
+}
+
+int noteRoomLeft(const QString& note)
+{
+    return storage::kMaxFieldUtf8 - static_cast<int>(note.toUtf8().size());
+}
+
+QString noteFullText()
+{
+    return kNoteFull.arg(storage::kMaxFieldUtf8);
+}
+
 void Notewin::Event_Open(const QString& note, const QRect& screen)
 {
     EditField1 = note;
@@ -16,8 +31,7 @@ void Notewin::Event_Open(const QString& note, const QRect& screen)
 
 bool Notewin::EditField1_TextChange(const QString& proposed)
 {
-    const bool fits = storage::fitsTimesheetField(proposed);
-    if (!fits && proposed.toUtf8().size() > EditField1.toUtf8().size()) {
+    if (!noteTakes(EditField1, proposed)) {
         full = true;
         return false;
     }
@@ -39,11 +53,6 @@ Notewin::Key Notewin::EditField1_KeyDown(int key, bool shift, bool ctrl)
     return Key::Type;
 }
 
-int Notewin::roomLeft() const
-{
-    return storage::kMaxFieldUtf8 - static_cast<int>(EditField1.toUtf8().size());
-}
-
 QString Notewin::savedText() const
 {
     if (storage::fitsTimesheetField(EditField1))
@@ -60,7 +69,7 @@ QString Notewin::savedText() const
 
 void Notes::_notey_Action()
 {
-    if (!m_w.ListBox1.hasSelection())
+    if (!m_w.allows(core::Item::notey))
         return;
     Notewin notewin(m_s.desktop);
     const QList<QRect> screens = m_s.desktop.screens();

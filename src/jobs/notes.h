@@ -15,6 +15,18 @@ class ClientView;
 namespace jobs
 {
 
+// Every editor of a note takes the same limit: the note must fit its field of the timesheet file. A
+// change that makes it no longer fit is refused, unless the note does not grow, so that a long note
+// written elsewhere can still be shortened.
+bool noteTakes(const QString& before, const QString& after);
+// The room left in a note, in plain characters; a letter with an accent or a symbol takes two to four.
+int noteRoomLeft(const QString& note);
+inline const QString kNoteRoomLeft = QStringLiteral("Room left: %1 characters");
+// Said when typing stops at the limit; %1 is the limit in plain characters.
+inline const QString kNoteFull =
+    QStringLiteral("The note is full: it holds %1 plain letters or digits, fewer with accents or symbols.");
+QString noteFullText();
+
 // The note editor of the selected row. The only way out is saveit: closing the window saves too.
 class Notewin : public platform::ModalForm
 {
@@ -22,8 +34,6 @@ public:
     inline static const QString kNWTitleTxt = QStringLiteral("Notes:");
     inline static const QString kNWDescriptionTxt = QStringLiteral("Notes for the selected job:");
     inline static const QString kNWSaveTxt = QStringLiteral("Save");
-    inline static const QString kNWRoomLeft = QStringLiteral("Room left: %1 bytes");
-    inline static const QString kNWFull = QStringLiteral("The note is full: a longer note would not fit the file.");
     inline static const QString kNWSaved = QStringLiteral("saveit");
 
     // Colours of the text field, as 0xRRGGBB.
@@ -57,9 +67,8 @@ public:
     bool EditField1_TextChange(const QString& proposed);
     Key EditField1_KeyDown(int key, bool shift, bool ctrl);
     void saveit_Action() { ButtonPressed = kNWSaved; }
-    // Bytes of UTF-8 still free.
-    int roomLeft() const;
-    QString roomLeftText() const { return kNWRoomLeft.arg(std::max(0, roomLeft())); }
+    int roomLeft() const { return noteRoomLeft(EditField1); }
+    QString roomLeftText() const { return kNoteRoomLeft.arg(std::max(0, roomLeft())); }
     // The text saveit stores: all of it, or the longest start of it that fits.
     QString savedText() const;
 
@@ -84,10 +93,8 @@ public:
     // Shows notewin for the selected row; saving writes the note tag, the strip and ListBox2's copy.
     void _notey_Action();
     void saveit_Action(const QString& text);
-    // Toggles the strip; the answer is the menu item's new text.
+    // Toggles the strip by the menu item's text; the answer is the item's new text.
     QString _shwnts_Action(const QString& itemText);
-    // The menu item's text for the strip as the settings left it.
-    QString shwntsCaption() const { return m_prefs.nteon ? Tr::VMHideNotes : Tr::VMShowNotes; }
     // At start-up: the strip as it was left.
     void restoreStrip();
 

@@ -26,6 +26,9 @@ void Aresure::choose(bool Aresure::*radio)
 
 void RowOps::deletejb()
 {
+    // Never the running row, nor while the rollover question is open: the tick charges the selected row.
+    if (!m_w.allows(core::Item::clearjb2))
+        return;
     m_s.desktop.beep();
     Aresure aresure; // made anew for each use, so every delete starts on delseljob
     aresure.question = Tr::MWDeleteJbTitle;
@@ -34,7 +37,7 @@ void RowOps::deletejb()
     const QList<QRect> screens = m_s.desktop.screens();
     aresure.Event_Open(screens.isEmpty() ? QRect() : screens.first());
     m_s.dialogs.showModal(aresure);
-    if (aresure.ButtonPressed != Tr::MWButtonOK || !m_w.ListBox1.hasSelection())
+    if (aresure.ButtonPressed != Tr::MWButtonOK || !m_w.allows(core::Item::clearjb2))
         return;
 
     const int row = m_w.ListBox1.ListIndex;
@@ -115,6 +118,8 @@ void RowOps::resetRow(core::JobRow& row, const QString& today)
 
 void RowOps::_zerorow_Action()
 {
+    if (!m_w.allows(core::Item::zerorow))
+        return;
     const int row = m_w.ListBox1.ListIndex;
     const QString today = core::shortDate(m_s.clock.now().date());
     Aresure aresure;

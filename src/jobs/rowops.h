@@ -70,8 +70,6 @@ public:
     void deletejb();
     // Resets the selected row, or all rows while Alt is held when the command runs.
     void _zerorow_Action();
-    // The menu item's text, worked out again with the Alt key each time the menu opens.
-    QString zerorowCaption() const { return m_s.desktop.altDown() ? Tr::EMResetAll : Tr::EMReset; }
 
 private:
     void resetRow(core::JobRow& row, const QString& today);

@@ -22,6 +22,8 @@ public:
     virtual bool openUrl(const QString& url) = 0;
     // Lets the interface repaint and timers fire in the middle of a long walk.
     virtual void processEvents() = 0;
+    // How long a walk works between two yields; zero yields at every row.
+    virtual int yieldSliceMs() const { return 10; }
 };
 
 } // namespace platform

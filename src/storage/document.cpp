@@ -33,9 +33,9 @@ void Document::sesame()
     w.ListBox1.startmin = result.sheet.startmin;
     emit w.rowsReset();
     if (!read.ok() || !result.complete) {
-        m_desktop.beep();
-        m_dialogs.message(QStringLiteral("Veltrick - Error [-2]\r\r") + core::App::kAppRunWarning + QLatin1Char('\r') +
-                          core::App::kAppLastPath + m_app.prefs.lastdoc);
+        loadFailed(path);
+        // What could be read is in no file now: it stays dirty until the user keeps it with Save As.
+        w.boxchange = w.ListBox1.ListCount() > 0;
         w.Uptotal2(1);
         w.rowcheck();
         return;
@@ -52,6 +52,8 @@ void Document::sesame()
             m_desktop.beep();
             m_dialogs.message(core::App::kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped +
                               QString::number(i + 1) + kAppElapsedTime);
+            if (found)
+                w.ListBox1.row(remembered).run = core::kRunStopped; // one job runs at a time: the last
             remembered = i;
             found = true;
         }
@@ -115,9 +117,14 @@ void Document::openOld()
         return;
     const QString chosen = m_dialogs.openFile(kAppOpenDlgTitle, m_documents, QStringLiteral("All files (*)"));
     QByteArray bytes;
-    if (chosen.isEmpty() || !m_files.read(chosen, bytes).ok())
+    if (chosen.isEmpty())
         return;
-    ReadResult result = decodeTimesheet(bytes);
+    const bool read = m_files.read(chosen, bytes).ok();
+    ReadResult result = read ? decodeTimesheet(bytes) : ReadResult{};
+    if (!read || !result.complete)
+        loadFailed(chosen); // what could be read is still converted
+    if (!read)
+        return;
     core::Mainwndo& w = m_app.mainwndo();
     w.deleteall();
     w.ListBox1.rows = std::move(result.sheet.rows);
@@ -129,6 +136,13 @@ void Document::openOld()
     w.setListIndex(w.ListBox1.ListCount() > 0 ? 0 : -1);
     w.Uptotal2(1);
     w.markChanged();
+}
+
+void Document::loadFailed(const QString& path)
+{
+    m_desktop.beep();
+    m_dialogs.message(QStringLiteral("Veltrick - Error [-2]\r\r") + core::App::kAppRunWarning + QLatin1Char('\r') +
+                      core::App::kAppLastPath + path);
 }
 
 bool Document::switchitConfirmed()

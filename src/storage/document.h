@@ -56,6 +56,9 @@ public:
     void saveprefs(const core::AppPrefs& prefs);
 
 private:
+    // The message of a timesheet that could not be read whole.
+    void loadFailed(const QString& path);
+
     core::App& m_app;
     FileStore& m_files;
     platform::Dialogs& m_dialogs;

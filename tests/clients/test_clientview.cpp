@@ -94,23 +94,31 @@ private slots:
         QVERIFY(!f->w.runButton.enabled);
     }
 
+    // Whatever brings the picker back to "All Clients" (a pick, closing the folder, or a contacts sync
+    // rebuilding the picker) leaves the single-client view: picker and lists never disagree.
     void allClientsRestoresTheWholeList_data()
     {
         QTest::addColumn<QString>("xpath");
-        QTest::addColumn<bool>("byCollapse");
-        QTest::newRow("choose the folder") << QStringLiteral("/docs/a.vlk") << false;
-        QTest::newRow("close the folder") << QStringLiteral("/docs/a.vlk") << true;
-        QTest::newRow("unsaved timesheet stays") << QString() << false;
+        QTest::addColumn<QString>("how");
+        QTest::newRow("choose the folder") << QStringLiteral("/docs/a.vlk") << "pick";
+        QTest::newRow("close the folder") << QStringLiteral("/docs/a.vlk") << "collapse";
+        QTest::newRow("contacts synced") << QStringLiteral("/docs/a.vlk") << "sync";
+        QTest::newRow("unsaved timesheet stays") << QString() << "pick";
     }
 
     void allClientsRestoresTheWholeList()
     {
         QFETCH(QString, xpath);
-        QFETCH(bool, byCollapse);
+        QFETCH(QString, how);
         threeClients();
         f->pickClient(QStringLiteral("Acme"));
         f->w.xpath = xpath;
-        byCollapse ? f->view.clientlist2_CollapseRow() : f->view.setClientlist2Index(0);
+        if (how == QStringLiteral("collapse"))
+            f->view.clientlist2_CollapseRow();
+        else if (how == QStringLiteral("sync"))
+            f->view.clientlist2_Open();
+        else
+            f->view.setClientlist2Index(0);
         if (xpath.isEmpty()) {
             QVERIFY(f->w.ListBox2Ctl.visible && f->w.toplist);
             return;
@@ -120,7 +128,8 @@ private slots:
         QVERIFY(!f->w.listboxGray && !f->w.toplist);
         QCOMPARE(f->w.ListBox1.ListIndex, 0);
         QVERIFY(f->w.runtotal.endsWith(QStringLiteral("Entries: 04")));
-        QCOMPARE(f->view.clientlist2RowCount(), byCollapse ? 1 : 4);
+        QCOMPARE(f->view.clientlist2ListIndex(), 0);
+        QCOMPARE(f->view.clientlist2RowCount(), how == QStringLiteral("pick") ? 4 : 1);
     }
 
     void rolloverInsideTheView()

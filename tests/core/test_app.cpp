@@ -41,6 +41,7 @@ class TestApp : public QObject
     testing::FakeDesktop desktop;
     testing::ScriptedDialogs dialogs;
     testing::FakeTimers timers;
+    platform::EventGate gate;
     FakeAppHooks hooks;
     std::unique_ptr<App> app;
 
@@ -50,7 +51,7 @@ private slots:
         desktop = testing::FakeDesktop();
         dialogs = testing::ScriptedDialogs();
         hooks = FakeAppHooks();
-        app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks}, hooks);
+        app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks, gate}, hooks);
     }
 
     void cleanup() { QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(QLatin1Char('\n')))); }

@@ -55,6 +55,7 @@ class TestEngine : public QObject
     testing::FakeDesktop desktop;
     testing::ScriptedDialogs dialogs;
     testing::FakeTimers timers;
+    platform::EventGate gate;
     RecordingHooks hooks;
     std::unique_ptr<Mainwndo> w;
 
@@ -77,7 +78,7 @@ private slots:
         dialogs = testing::ScriptedDialogs();
         timers.made.clear();
         hooks = RecordingHooks();
-        w = std::make_unique<Mainwndo>(prefs, Mainwndo::Services{clock, desktop, dialogs, timers, hooks});
+        w = std::make_unique<Mainwndo>(prefs, Mainwndo::Services{clock, desktop, dialogs, timers, hooks, gate});
     }
 
     void cleanup()
@@ -104,6 +105,7 @@ private slots:
         QTest::newRow("99:59 plus a minute") << at(d, 9, 0) << at(d, 9, 1) << "99" << "59" << "100" << "00";
         QTest::newRow("three-digit hours read back") << at(d, 9, 0) << at(d, 9, 30) << "125" << "45" << "126" << "15";
         QTest::newRow("unreadable cells count 0") << at(d, 9, 0) << at(d, 9, 5) << "x" << "" << "00" << "05";
+        QTest::newRow("hours past 32-bit minutes") << at(d, 9, 0) << at(d, 9, 1) << "40000000" << "59" << "40000001" << "00";
         // clang-format on
     }
 
@@ -167,7 +169,7 @@ private slots:
         w->ListBox1.starthrs = start.left(2);
         w->ListBox1.startmin = start.right(2);
         w->Allstop();
-        QCOMPARE(w->ListBox1.row(0).minutes(), 60 + added);
+        QCOMPARE(w->ListBox1.row(0).minutes(), qint64(60 + added));
         QCOMPARE(w->ListBox1.row(0).cell(CellMinutes).size(), 2);
     }
 
@@ -287,7 +289,12 @@ private slots:
         QTEST(w->running, "running");
         QVERIFY(w->runButton.enabled);
         QCOMPARE(w->notebox.caption, QStringLiteral("keep me on the old day"));
-        w->setListIndex(-1);
+        // While a job runs its row stays selected, whoever asks.
+        QCOMPARE(w->setListIndex(-1), !w->running);
+        if (w->running) {
+            QCOMPARE(w->ListBox1.ListIndex, 0);
+            return;
+        }
         QVERIFY(!w->runButton.enabled);
         QVERIFY(w->notebox.caption.isEmpty());
         QVERIFY(!w->Event_KeyDown(QLatin1Char(' ')));
@@ -324,6 +331,15 @@ private slots:
             w->totalSelectedDay();
             QCOMPARE(w->selecteddaytotal, QStringLiteral("126:05"));
         }
+    }
+
+    // Totals of rows whose minutes pass 2^31 add up without overflow.
+    void longTotalsDoNotOverflow()
+    {
+        JobRow big = makeRow(clock.now().date(), QStringLiteral("L"), QStringLiteral("30000000"), QStringLiteral("30"));
+        open({big, big}, 0);
+        w->Uptotal2(1);
+        QCOMPARE(w->runtotal, QStringLiteral("List Totals - Time: 60000001:00, Today: 60000001:00, Entries: 02"));
     }
 
     // A failed write keeps the rows and the dirty mark, tells the user, and the next tick tries again.

@@ -62,7 +62,8 @@ struct JobRig
     JobRigMainHooks mainHooks;
     JobRigHooks hooks;
     jobs::FileSources sources{files, prefs, QStringLiteral("/prefs"), joblst};
-    core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, mainHooks}};
+    platform::EventGate gate;
+    core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, mainHooks, gate}};
     jobs::JobServices services{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks};
     jobs::JobOps ops{services};
 

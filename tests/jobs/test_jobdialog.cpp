@@ -2,6 +2,8 @@
 // rows it brings into the list, with the Ctrl save that starts timing.
 #include "core/app.h"
 #include "jobs/jobdialogrig.h"
+#include "jobs/notes.h"
+#include "storage/timesheet_file.h"
 
 #include <QLocale>
 #include <QtTest>
@@ -179,6 +181,30 @@ private slots:
         auto d = rig->makeDialog(open);
         QCOMPARE(d->popup.rows.size(), 4);
         QCOMPARE(d->popup.rows[3].text, QStringLiteral("Group"));
+        rig->files.files.remove(rig->prefs.rmteops); // the group file has gone: "Refresh List" empties
+        d->popup_Action(0);
+        QCOMPARE(d->popup.rows.size(), 3);
+    }
+
+    // A row saved while a job runs goes on top without taking the selection: the next tick still charges
+    // the running job, not the new row.
+    void newRowWhileTimingKeepsTheRunningRowSelected()
+    {
+        openSheet();
+        rig->w.setListIndex(0);
+        rig->w.runButton_Action();
+        QVERIFY(rig->w.running);
+        auto d = rig->makeDialog(open);
+        JobRig::fillValid(*d);
+        d->dateField = core::shortDate(rig->clock.now().date());
+        d->okjob_Action();
+        QCOMPARE(rig->w.ListBox1.ListCount(), 4);
+        QCOMPARE(rig->w.ListBox1.ListIndex, 1);
+        QCOMPARE(rig->w.ListBox1.selected().run, core::kRunRunning);
+        rig->clock.advanceMinutes(3);
+        JobRig::timer(rig->w.Timer3()).fire();
+        QCOMPARE(rig->w.ListBox1.row(1).minutes() - 60, qint64(3));
+        QCOMPARE(rig->w.ListBox1.row(0).minutes(), qint64(0));
     }
 
     void presetMenuAddsToTheListButNotInSingleView()
@@ -216,14 +242,22 @@ private slots:
         QCOMPARE(rig->hooks.calls.contains("showAddressadd"), access);
     }
 
+    // The dialog stops a note where the note window does, at what the file holds: nothing is cut on save.
     void noteLongerThanTheFileFieldIsRefused()
     {
         auto d = rig->makeDialog(open);
-        const QString fits(specialw::kNoteLimitBytes / 2, QChar(0x00E9)); // two bytes each
+        const QString fits(storage::kMaxFieldUtf8 / 2, QChar(0x00E9)); // two bytes each
         QVERIFY(d->NotesArea_TextChange(fits));
         QVERIFY(!d->NotesArea_TextChange(fits + QLatin1Char('x')));
         QCOMPARE(d->NotesArea, fits);
-        QCOMPARE(d->noteWarning, specialw::kNoteTooLong);
+        QCOMPARE(d->noteWarning, jobs::noteFullText());
+        QVERIFY(d->noteWarning.contains(QString::number(storage::kMaxFieldUtf8)));
+        core::Timesheet sheet;
+        sheet.AddRow(core::JobRow{});
+        sheet.row(0).note = d->NotesArea;
+        int cut = 0;
+        QCOMPARE(storage::decodeTimesheet(storage::encodeTimesheet(sheet, &cut)).sheet.row(0).note, fits);
+        QCOMPARE(cut, 0);
     }
 
     void newJobGoesOnTopWithItsRunMark_data()

@@ -46,6 +46,7 @@ class TestDocument : public QObject
     testing::FakeDesktop desktop;
     testing::ScriptedDialogs dialogs;
     testing::FakeTimers timers;
+    platform::EventGate gate;
     testing::MemoryFileStore files;
     WritingHooks hooks;
     std::unique_ptr<App> app;
@@ -69,7 +70,7 @@ private slots:
     {
         dialogs = testing::ScriptedDialogs();
         files = testing::MemoryFileStore();
-        app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks}, hooks);
+        app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks, gate}, hooks);
         doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, QStringLiteral("/home/ann"));
         hooks.document = doc.get();
     }
@@ -142,28 +143,50 @@ private slots:
         QCOMPARE(w.ListBox1.ListIndex, 2);
         QCOMPARE(hhmm(w.ListBox1.row(2).minutes()), QStringLiteral("01:30"));
         QCOMPARE(hhmm(w.ListBox1.row(0).minutes()), QStringLiteral("00:10"));
-        QCOMPARE(w.ListBox1.row(0).run, kRunRunning); // only the last is charged
+        // Only the last is charged and goes on; the other is stopped, so that selecting it later cannot
+        // put the window into a running state without a timer.
+        QCOMPARE(w.ListBox1.row(0).run, kRunStopped);
+        w.Allstop();
+        QVERIFY(w.setListIndex(0));
+        QVERIFY(!w.running);
+        QCOMPARE(w.runButton.caption, Tr::MWStartButtonSt);
     }
 
-    // A damaged file shows what could be read and is never written over.
+    // A damaged file, opened or converted, gives the load's message and shows what could be read; the
+    // file is never written over, and the rows stay dirty until they are kept with Save As.
+    void damagedFileKeepsWhatWasRead_data()
+    {
+        QTest::addColumn<bool>("convert");
+        QTest::newRow("opened") << false;
+        QTest::newRow("converted") << true;
+    }
+
     void damagedFileKeepsWhatWasRead()
     {
+        QFETCH(bool, convert);
         const QDate day(2026, 11, 22);
         store({row(day, QStringLiteral("A"), QStringLiteral("01"), QStringLiteral("00"), kRunStopped),
                row(day, QStringLiteral("B"), QStringLiteral("02"), QStringLiteral("00"), kRunStopped)},
               QString(), QString());
         const QByteArray whole = files.files[kPath];
         files.files[kPath] = whole.left(whole.size() - 30);
-        app->prefs.lastdoc = kPath;
-        app->thisdoc = kPath;
-        doc->sesame();
+        app->prefs.lastdoc = QStringLiteral("/home/ann/other.vlk");
+        if (convert) {
+            dialogs.expectAnswer(platform::Answer::Action);
+            dialogs.expectFile(kPath);
+            doc->openOld();
+        } else {
+            app->thisdoc = kPath;
+            doc->sesame();
+        }
         QCOMPARE(dialogs.messages, QStringList{QStringLiteral("Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe last "
                                                               "known path to the file was: ") +
                                                kPath});
         Mainwndo& w = app->mainwndo();
         QCOMPARE(w.ListBox1.ListCount(), 1);
-        QVERIFY(w.xpath.isEmpty());
+        QVERIFY(w.xpath.isEmpty() && w.boxchange);
         w.autosave();
+        QVERIFY(w.boxchange);
         QCOMPARE(files.files[kPath], whole.left(whole.size() - 30));
     }
 

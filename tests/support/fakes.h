@@ -103,8 +103,17 @@ public:
         urls << url;
         return true;
     }
-    void processEvents() override { ++yields; }
+    void processEvents() override
+    {
+        ++yields;
+        if (onYield)
+            onYield();
+    }
+    int yieldSliceMs() const override { return sliceMs; }
 
+    // What arrives while a walk has yielded: a test posts events here to see that they wait.
+    std::function<void()> onYield;
+    int sliceMs = 10;
     int beeps = 0;
     int yields = 0;
     bool ctrl = false;

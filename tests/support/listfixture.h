@@ -37,7 +37,8 @@ struct ListFixture
     FakeTimers timers;
     ListHooks hooks;
     MemoryFileStore files;
-    core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, hooks}};
+    platform::EventGate gate;
+    core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, hooks, gate}};
     clients::ClientView view{w, {desktop, hooks, files, kClientsPath}};
 
     ListFixture()

@@ -65,7 +65,7 @@ private slots:
         QTest::keyClicks(view.EditField1(), QStringLiteral("abcd"));
         QCOMPARE(view.EditField1()->toPlainText().size(), storage::kMaxFieldUtf8);
         QVERIFY(view.EditField1()->toPlainText().endsWith(QStringLiteral("ab")));
-        QCOMPARE(view.roomLabel()->text(), Notewin::kNWFull);
+        QCOMPARE(view.roomLabel()->text(), jobs::noteFullText());
 
         QTest::keyClick(view.EditField1(), Qt::Key_Backspace);
         QCOMPARE(view.roomLabel()->text(), form.roomLeftText());

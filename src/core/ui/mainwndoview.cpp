@@ -87,7 +87,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     layout->addLayout(status);
     setCentralWidget(central);
 
-    connect(m_runButton, &QPushButton::clicked, &form, &Mainwndo::runButton_Action);
+    connect(m_runButton, &QPushButton::clicked, this, &MainwndoView::runButtonClicked);
     connect(m_njButton2, &QPushButton::clicked, this, &MainwndoView::njButton2Clicked);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) {
@@ -103,11 +103,15 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     connect(&form, &Mainwndo::rowChanged, m_model, &TimesheetModel::rowChanged);
     connect(&form, &Mainwndo::selectionChanged, this, &MainwndoView::showSelection);
     connect(&form, &Mainwndo::focusRequested, this, [this](int) { m_list->setFocus(); });
+    connect(&form, &Mainwndo::closing, this, &MainwndoView::keepGeometry);
 
     followAppearance();
-    resize(prefs.winwidth, prefs.winheight);
+    // The saved place and size, found on a screen before the window is first shown; otherwise the
+    // window keeps the size it is made with and the desktop places it.
     if (form.geometry.isValid())
         setGeometry(form.geometry);
+    else
+        resize(Mainwndo::kCreatedWidth, Mainwndo::kCreatedHeight);
     refresh();
 }
 
@@ -162,8 +166,10 @@ void MainwndoView::layoutColumns()
 
 void MainwndoView::keepGeometry()
 {
-    if (!isMinimized() && !isMaximized())
-        m_form.geometry = geometry();
+    // Before it is shown the window has no place of its own yet: keep what was restored. A maximised or
+    // minimised window keeps the place it goes back to.
+    if (isVisible())
+        m_form.geometry = isMaximized() || isMinimized() ? normalGeometry() : geometry();
 }
 
 void MainwndoView::closeEvent(QCloseEvent* event)
@@ -172,8 +178,8 @@ void MainwndoView::closeEvent(QCloseEvent* event)
         event->accept();
         return;
     }
-    keepGeometry();
-    // The close of the document decides; the window goes away with the form when it agrees.
+    // The close of the document decides, once no other event is under way; the window goes away with
+    // the form when it agrees.
     m_closing = closeRequested();
     if (m_closing)
         event->accept();
@@ -201,35 +207,24 @@ void MainwndoView::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
 }
 
-void MainwndoView::moveEvent(QMoveEvent* event)
-{
-    QMainWindow::moveEvent(event);
-    keepGeometry();
-}
-
-void MainwndoView::resizeEvent(QResizeEvent* event)
-{
-    QMainWindow::resizeEvent(event);
-    keepGeometry();
-}
-
 bool MainwndoView::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_list->viewport() && event->type() == QEvent::Resize)
         layoutColumns();
-    if (watched == m_list && event->type() == QEvent::KeyPress) {
-        const auto* key = static_cast<QKeyEvent*>(event);
-        if (!key->text().isEmpty() && m_form.Event_KeyDown(key->text().at(0)))
-            return true;
-    }
+    if (watched == m_list && event->type() == QEvent::KeyPress && takeKey(static_cast<QKeyEvent*>(event)))
+        return true;
     return QMainWindow::eventFilter(watched, event);
 }
 
 void MainwndoView::keyPressEvent(QKeyEvent* event)
 {
-    if (!event->text().isEmpty() && m_form.Event_KeyDown(event->text().at(0)))
-        return;
-    QMainWindow::keyPressEvent(event);
+    if (!takeKey(event))
+        QMainWindow::keyPressEvent(event);
+}
+
+bool MainwndoView::takeKey(const QKeyEvent* event)
+{
+    return keyDown && !event->text().isEmpty() && keyDown(event->text().at(0));
 }
 
 } // namespace core::ui

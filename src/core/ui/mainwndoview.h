@@ -26,23 +26,22 @@ class MainwndoView : public QMainWindow
 public:
     MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* parent = nullptr);
 
-    // Asked when the user closes the window; false keeps it open.
+    // Asked when the user closes the window; false keeps it open for now.
     std::function<bool()> closeRequested;
+    // A key the window did not use otherwise; true when it was taken.
+    std::function<bool(QChar)> keyDown;
 
     QTreeView* ListBox1() const { return m_list; }
     QPushButton* runButton() const { return m_runButton; }
     QLabel* runtotal() const { return m_runtotal; }
 
 signals:
-    // The client list file was rewritten: the client picker reloads it.
-    void clientListChanged();
+    void runButtonClicked();
     void njButton2Clicked();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -51,6 +50,7 @@ private:
     void showSelection();
     void layoutColumns();
     void keepGeometry();
+    bool takeKey(const QKeyEvent* event);
     void followAppearance(); // light or dark, from the palette
 
     static constexpr unsigned kStripBack = 0xFFFFE5;

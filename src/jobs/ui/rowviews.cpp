@@ -135,7 +135,7 @@ void NotewinView::textEdited()
 
 void NotewinView::showRoom()
 {
-    m_room->setText(m_form.full ? Notewin::kNWFull : m_form.roomLeftText());
+    m_room->setText(m_form.full ? noteFullText() : m_form.roomLeftText());
 }
 
 bool NotewinView::eventFilter(QObject* watched, QEvent* event)

@@ -1,71 +1,136 @@
 #include "shell/ui/shell.h"
 
-#include "clients/clientview.h"
 #include "clients/ui/addressaddview.h"
 #include "clients/ui/clientpane.h"
 #include "core/texts.h"
 #include "core/ui/mainwndoview.h"
 #include "core/ui/modalviews.h"
-#include "jobs/listbehaviour.h"
-#include "jobs/listtexts.h"
-#include "jobs/notes.h"
-#include "jobs/rowops.h"
 #include "jobs/ui/jobdialogview.h"
 #include "jobs/ui/listwiring.h"
 #include "jobs/ui/rowviews.h"
-#include "netlink/apptexts.h"
-#include "netlink/stylesheet.h"
+#include "shell/aboutbox.h"
 #include "shell/ui/prefwinview.h"
-#include "storage/clients_file.h"
-#include "storage/operations_file.h"
-#include "storage/timesheet_file.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFileInfo>
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
-#include <QStandardPaths>
+#include <QTextEdit>
 #include <QTimer>
 #include <QTreeView>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace shell::ui
 {
 
-struct Shell::Window
-{
-    Window(Shell& shell, core::Mainwndo& form)
-        : sources(shell.m_files, shell.m_app.prefs, storage::prefFolder(), shell.m_joblst),
-          jobs({form, shell, shell.m_app.prefs, shell.m_clock, shell.m_desktop, shell.m_dialogs, shell.m_timers,
-                sources, shell}),
-          clientView(form, {shell.m_desktop, shell, shell.m_files, storage::prefFile(storage::kClientsFileName)}),
-          rowOps(form, {shell.m_clock, shell.m_desktop, shell.m_dialogs, shell, clientView}),
-          notes(form, shell.m_app.prefs, {shell.m_desktop, shell.m_dialogs, clientView}),
-          lists(form, {shell.m_clock, shell.m_desktop, clientView, rowOps, notes},
-                {[this] { jobs.doeditjob(); }, [this] { jobs.clone(); }, [this] { jobs.donewjob(); }})
-    {}
-
-    jobs::FileSources sources;
-    jobs::JobOps jobs;
-    clients::ClientView clientView;
-    jobs::RowOps rowOps;
-    jobs::Notes notes;
-    jobs::ListBehaviour lists;
-};
-
 namespace
 {
 
-QString documentsFolder()
+using core::Item;
+
+// The menus in their order; a missing item is a separator. Preferences close the Edit menu and About
+// the Help menu, where a Linux desktop keeps them.
+struct Menu
 {
-    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const QString* caption;
+    std::vector<std::optional<Item>> items;
+};
+
+const std::vector<Menu>& menuTree()
+{
+    static const std::optional<Item> sep;
+    static const std::vector<Menu> tree{
+        {&Tr::FileMenuText,
+         {Item::nusheet,
+          Item::open,
+          Item::clozeit,
+          Item::switchit,
+          sep,
+          Item::openOld,
+          sep,
+          Item::save,
+          Item::saveAs,
+          sep,
+          Item::presetJobs,
+          sep,
+          Item::exportmenu,
+          sep,
+          Item::FileAddNewClient,
+          Item::syncAddressBook,
+          sep,
+          Item::FilePrintLayout,
+          Item::printit,
+          sep,
+          Item::FileQuit}},
+        {&Tr::EditMenuText,
+         {Item::EditCut, Item::EditCopy, Item::EditPaste, sep, Item::nujobmenu2, Item::duplicate, Item::edjobmenu,
+          Item::notey, sep, Item::zerorow, Item::clearjb2, sep, Item::nineprefs}},
+        {&Tr::ViewMenuText, {Item::totaltime2, Item::totaldy2, sep, Item::shwnts, Item::webo}},
+        {&Tr::ControlMenuText, {Item::statusStart, Item::statusStop}},
+        {&Tr::HelpMenuText, {Item::helpon2, sep, Item::aboutme}},
+    };
+    return tree;
+}
+
+// A text in a menu shows a literal "&" only when it is doubled.
+QString forMenu(const QString& caption)
+{
+    QString text = caption;
+    return text.replace(QStringLiteral("&&"), QStringLiteral("&")).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+// The text field with the keyboard focus, if any: Cut, Copy and Paste act on it.
+QWidget* focusedTextField()
+{
+    QWidget* focus = QApplication::focusWidget();
+    if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QTextEdit*>(focus) || qobject_cast<QPlainTextEdit*>(focus))
+        return focus;
+    return nullptr;
+}
+
+bool textFieldCan(QWidget* field, Item item)
+{
+    if (!field)
+        return false;
+    bool readOnly = false;
+    bool selected = false;
+    if (auto* line = qobject_cast<QLineEdit*>(field)) {
+        readOnly = line->isReadOnly();
+        selected = line->hasSelectedText();
+    } else if (auto* text = qobject_cast<QTextEdit*>(field)) {
+        readOnly = text->isReadOnly();
+        selected = text->textCursor().hasSelection();
+    } else if (auto* plain = qobject_cast<QPlainTextEdit*>(field)) {
+        readOnly = plain->isReadOnly();
+        selected = plain->textCursor().hasSelection();
+    }
+    switch (item) {
+    case Item::EditCut:
+        return selected && !readOnly;
+    case Item::EditCopy:
+        return selected;
+    default:
+        return !readOnly;
+    }
+}
+
+void registerAboutView(platform::qt::QtDialogs& dialogs)
+{
+    dialogs.registerView(QStringLiteral("aboutbox"), [](platform::ModalForm& form, QWidget* parent) {
+        const auto& about = static_cast<const Aboutbox&>(form);
+        QMessageBox box(parent);
+        box.setWindowTitle(Aboutbox::kTitle);
+        box.setIconPixmap(QApplication::windowIcon().pixmap(64));
+        box.setText(QStringLiteral("<b>Veltrick</b> ") + about.version);
+        box.setInformativeText(about.details().join(QLatin1Char('\n')));
+        box.exec();
+    });
 }
 
 // The small window of the idle program: its menus and the two ways in. Closing it quits.
@@ -85,210 +150,56 @@ protected:
 
 } // namespace
 
-Shell::Shell()
-    : m_app(core::Mainwndo::Services{m_clock, m_desktop, m_dialogs, m_timers, *this}, *this),
-      m_document(m_app, m_files, m_dialogs, m_desktop, documentsFolder()), m_contacts(m_files),
-      m_sync(m_contacts, m_dialogs, m_desktop, m_files, storage::prefFile(storage::kClientsFileName), *this)
+void registerViews(platform::qt::QtDialogs& dialogs)
 {
-    core::ui::registerModalViews(m_dialogs);
-    clients::ui::registerAddressaddView(m_dialogs);
-    jobs::ui::registerSpecialwView(m_dialogs);
-    jobs::ui::registerRowViews(m_dialogs);
-    registerPrefwinView(m_dialogs);
-    connect(&m_app, &core::App::mainwndoCreated, this, &Shell::showMainwndo);
-    connect(&m_app, &core::App::mainwndoClosed, this, [this] {
-        if (m_view) {
-            m_view->close();
-            m_view->deleteLater();
-        }
-        m_window.reset();
-        if (!m_quitting && m_startWindow)
-            m_startWindow->show();
-    });
-    buildStartWindow();
+    core::ui::registerModalViews(dialogs);
+    clients::ui::registerAddressaddView(dialogs);
+    jobs::ui::registerSpecialwView(dialogs);
+    jobs::ui::registerRowViews(dialogs);
+    registerPrefwinView(dialogs);
+    registerAboutView(dialogs);
 }
 
-Shell::~Shell() = default;
+Shell::Shell(Program& program) : m_program(program)
+{
+    connect(&m_program, &Program::windowOpened, this, &Shell::showMainwndo);
+    connect(&m_program, &Program::windowClosed, this, &Shell::closeMainwndoView);
+    connect(&m_program, &Program::commandsChanged, this, &Shell::applyCommands);
+    connect(&m_program, &Program::listFontChanged, this, &Shell::applyListFont);
+    connect(&m_program, &Program::exitRequested, qApp, &QApplication::quit, Qt::QueuedConnection);
+    buildStartWindow();
+    applyCommands();
+}
+
+Shell::~Shell()
+{
+    delete m_view;
+    delete m_startWindow;
+}
 
 void Shell::start(const QStringList& documents)
 {
     // On a first start the start window stands behind the welcome, so the user sees the program
     // before any question; otherwise it shows only when no timesheet opens.
-    if (!operationsFileExists())
+    if (!m_program.operationsFileExists())
         m_startWindow->show();
-    m_app.Event_Open();
-    openDocuments(documents);
-    if (!m_app.existingMainwndo())
+    m_program.start(documents);
+    if (!m_program.mainwndo())
         m_startWindow->show();
 }
 
-void Shell::openDocuments(const QStringList& paths)
+QMainWindow* Shell::front() const
 {
-    // Timesheets only; one that cannot be read gets the same message as any failed load.
-    for (const QString& path : paths)
-        if (QFileInfo(path).suffix().compare(storage::kTimesheetSuffix, Qt::CaseInsensitive) == 0)
-            m_app.Event_OpenDocument(path);
+    return m_view ? static_cast<QMainWindow*>(m_view) : m_startWindow;
 }
 
 void Shell::openRequested(const QStringList& paths)
 {
-    openDocuments(paths);
-    QWidget* front = m_view ? static_cast<QWidget*>(m_view) : m_startWindow;
-    front->show();
-    front->raise();
-    front->activateWindow();
-}
-
-bool Shell::operationsFileExists() const
-{
-    return m_files.exists(storage::prefFile(storage::kOperationsFileName));
-}
-
-void Shell::firstRun()
-{
-    core::Noopps welcome;
-    m_dialogs.showModal(welcome);
-    showPrefwin(kOperationsTab); // it cannot be left without an operation
-}
-
-void Shell::showPrefwin(int tab)
-{
-    prefwin form({m_app.prefs, m_dialogs, m_desktop, m_files, *this, storage::prefFile(storage::kOperationsFileName),
-                  prefwin::defaultDesktopFolder()});
-    form.TabPanel1 = tab >= 0 ? tab : m_prefTab;
-    m_dialogs.showModal(form);
-    m_prefTab = form.TabPanel1;
-}
-
-void Shell::applyListFont(const QString& font, int size)
-{
-    if (!m_view)
-        return;
-    const QFont chosen = font == QStringLiteral("System") ? QFont() : QFont(font, size);
-    QFont sized = chosen;
-    sized.setPointSize(size);
-    m_view->ListBox1()->setFont(sized);
-    if (m_pane)
-        for (QWidget* list : m_pane->findChildren<QAbstractItemView*>())
-            list->setFont(sized);
-}
-
-void Shell::refreshOppsList()
-{
-    if (m_window && m_window->jobs.openDialog())
-        m_window->jobs.openDialog()->refreshOppsList();
-}
-
-void Shell::locateStyleSheet()
-{
-    const platform::Result loaded = netlink::loadStyleSheet(QCoreApplication::applicationDirPath(), m_styleSheetTxt);
-    if (!loaded.ok()) {
-        m_desktop.beep();
-        m_dialogs.message(netlink::kAppStyleSheetFailure);
-    }
-}
-
-void Shell::mainwndoOpened(core::Mainwndo&)
-{
-    m_window->clientView.clientlist2_Open();
-    m_window->notes.restoreStrip();
-    restartWeb();
-}
-
-void Shell::populatelistbox2()
-{
-    if (m_window)
-        m_window->clientView.rebuildFollowingListBox1();
-}
-
-void Shell::windowClosing()
-{
-    m_socket1.reset();
-}
-
-void Shell::refreshClientList()
-{
-    if (m_window && m_window->jobs.openDialog())
-        m_window->jobs.openDialog()->rebuildClientMenu();
-}
-
-void Shell::restartWeb()
-{
-    m_socket1.reset();
-    if (!m_app.prefs.netlook || !m_app.existingMainwndo())
-        return;
-    m_socket1 = std::make_unique<netlink::Socket1>(*this, m_desktop);
-    m_socket1->Listen(); // a failure shows in the status line; the Connect button tries again
-}
-
-void Shell::_webo_Action()
-{
-    if (m_app.thisdoc.isEmpty()) {
-        m_desktop.beep();
-        m_dialogs.message(netlink::kAppNoSheetWeb);
-        return;
-    }
-    m_desktop.openUrl(netlink::kWebUrl);
-}
-
-const core::Timesheet& Shell::ListBox1() const
-{
-    const core::Mainwndo* w = m_app.existingMainwndo();
-    return w ? w->ListBox1 : m_noSheet;
-}
-
-bool Shell::running() const
-{
-    const core::Mainwndo* w = m_app.existingMainwndo();
-    return w && w->running;
-}
-
-QString& Shell::ipnumber()
-{
-    core::Mainwndo* w = m_app.existingMainwndo();
-    return w ? w->ipnumber : m_noAddress;
-}
-
-void Shell::setStatus(const QString& datastream)
-{
-    if (core::Mainwndo* w = m_app.existingMainwndo())
-        w->setDatastream(datastream);
-}
-
-void Shell::startTimer2()
-{
-    if (core::Mainwndo* w = m_app.existingMainwndo())
-        w->Timer2().setMode(platform::Timer::Single);
-}
-
-bool Shell::contactsAccess() const
-{
-    const core::Mainwndo* w = m_app.existingMainwndo();
-    return w && w->contactsAccess;
-}
-
-void Shell::setContactsAccess(bool on)
-{
-    if (core::Mainwndo* w = m_app.existingMainwndo())
-        w->contactsAccess = on;
-}
-
-void Shell::resetClientList()
-{
-    if (m_view)
-        emit m_view->clientListChanged();
-}
-
-void Shell::exit()
-{
-    QApplication::quit();
-}
-
-void Shell::quit()
-{
-    m_quitting = true;
-    if (!m_app._FileQuit_Action())
-        m_quitting = false; // cancelled at the save question
+    m_program.openRequested(paths);
+    QMainWindow* window = front();
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void Shell::buildStartWindow()
@@ -297,178 +208,123 @@ void Shell::buildStartWindow()
     m_startWindow = window;
     window->setObjectName(QStringLiteral("StartWindow"));
     window->setWindowTitle(core::Mainwndo::kAppTitle);
-    window->closed = [this] { quit(); };
+    window->closed = [this] { m_program.command(Item::FileQuit); };
     auto* central = new QWidget(window);
     auto* layout = new QVBoxLayout(central);
-    auto* heading = new QLabel(QStringLiteral("<b>Veltrick</b> %1").arg(core::App::kAppVersion), central);
-    layout->addWidget(heading);
+    layout->addWidget(new QLabel(QStringLiteral("<b>Veltrick</b> %1").arg(core::App::kAppVersion), central));
     auto* buttons = new QHBoxLayout;
-    auto* newButton = new QPushButton(kStartNew, central);
-    auto* openButton = new QPushButton(kStartOpen, central);
-    connect(newButton, &QPushButton::clicked, this, [this] { m_document.newSaveAs(); });
-    connect(openButton, &QPushButton::clicked, this, [this] { m_document.open(); });
+    auto* newButton = new QPushButton(Tr::FMNewTimesheet, central);
+    auto* openButton = new QPushButton(Tr::FMOpenTimesheet, central);
+    connect(newButton, &QPushButton::clicked, this, [this] { m_program.command(Item::nusheet); });
+    connect(openButton, &QPushButton::clicked, this, [this] { m_program.command(Item::open); });
     buttons->addWidget(newButton);
     buttons->addWidget(openButton);
     layout->addLayout(buttons);
     window->setCentralWidget(central);
-    fillMenus(window->menuBar(), false);
+    fillMenus(window->menuBar());
 }
 
-void Shell::fillMenus(QMenuBar* bar, bool documentOpen)
+void Shell::fillMenus(QMenuBar* bar)
 {
-    QMenu* file = bar->addMenu(QStringLiteral("&File"));
-    QAction* nusheet = file->addAction(kStartNew, QKeySequence::New, this, [this] { m_document.newSaveAs(); });
-    QAction* open = file->addAction(kStartOpen, QKeySequence::Open, this, [this] { m_document.open(); });
-    nusheet->setEnabled(!documentOpen);
-    open->setEnabled(!documentOpen);
-    if (documentOpen) {
-        file->addAction(QStringLiteral("Close Timesheet"), QKeySequence::Close, this,
-                        [this] { m_app.closeMainwndo(); });
-        file->addSeparator();
-        QAction* addClient = file->addAction(QStringLiteral("Add New Client…"), this, [this] { m_sync.addClient(); });
-        QAction* syncClients = file->addAction(QStringLiteral("Sync Client List with Contacts"), this,
-                                               [this] { m_sync._syncAddressBook_Action(); });
-        // Not while a job runs: the client list is part of what stays still then.
-        connect(file, &QMenu::aboutToShow, this, [this, addClient, syncClients] {
-            const bool idle = !running();
-            addClient->setEnabled(idle);
-            syncClients->setEnabled(idle);
-        });
-        file->addSeparator();
-        file->addAction(QStringLiteral("Close && Total Budgets…"), QKeySequence(QStringLiteral("Ctrl+Shift+W")), this,
-                        [this] {
-                            // The totalling of the budgets joins here once preset jobs exist.
-                            if (m_document.switchitConfirmed())
-                                m_app.closeMainwndo();
-                        });
-    } else {
-        file->addSeparator();
-        file->addAction(QStringLiteral("Convert Older VLK Timesheet…"), this, [this] { m_document.openOld(); });
-    }
-    if (documentOpen) {
-        file->addSeparator();
-        file->addAction(Tr::SaveMenuText, QKeySequence::Save, this, [this] {
-            if (auto* w = m_app.existingMainwndo())
-                w->autosave();
-        });
-        file->addAction(QStringLiteral("Save As…"), QKeySequence(QStringLiteral("Ctrl+Shift+S")), this,
-                        [this] { m_document.newSaveAs(); });
-    }
-    file->addSeparator();
-    file->addAction(QStringLiteral("Quit"), QKeySequence::Quit, this, [this] { quit(); });
-
-    if (documentOpen) {
-        QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
-        const auto jobCommand = [this](void (jobs::JobOps::*command)()) {
-            return [this, command] {
-                if (m_window)
-                    (m_window->jobs.*command)();
-            };
-        };
-        QAction* add = edit->addAction(Tr::EMAddJob, QKeySequence(QStringLiteral("Ctrl+J")), this,
-                                       jobCommand(&jobs::JobOps::_nujobmenu2_Action));
-        QAction* duplicate = edit->addAction(Tr::EMDupeJob, QKeySequence(QStringLiteral("Ctrl+D")), this,
-                                             jobCommand(&jobs::JobOps::_duplicate_Action));
-        QAction* details = edit->addAction(Tr::EMJobDetails, QKeySequence(QStringLiteral("Ctrl+F")), this,
-                                           jobCommand(&jobs::JobOps::_edjobmenu_Action));
-        QAction* notey = edit->addAction(Tr::EMJobNotes, QKeySequence(QStringLiteral("Ctrl+E")), this, [this] {
-            if (m_window)
-                m_window->notes._notey_Action();
-        });
-        edit->addSeparator();
-        QAction* zerorow = edit->addAction(Tr::EMReset, QKeySequence(QStringLiteral("Ctrl+R")), this, [this] {
-            if (m_window)
-                m_window->rowOps._zerorow_Action();
-        });
-        QAction* clearjb2 = edit->addAction(Tr::EMDeleteJob, this, [this] {
-            if (m_window)
-                m_window->rowOps.deletejb();
-        });
-        connect(edit, &QMenu::aboutToShow, this, [this, add, duplicate, details, notey, zerorow, clearjb2] {
-            const core::Mainwndo* w = m_app.existingMainwndo();
-            const bool idle = w && !w->running;
-            const bool selected = w && w->ListBox1.hasSelection();
-            add->setEnabled(idle);
-            for (QAction* rowCommand : {duplicate, details, notey, zerorow, clearjb2})
-                rowCommand->setEnabled(idle && selected);
-            if (m_window)
-                zerorow->setText(m_window->rowOps.zerorowCaption()); // Alt gives "Reset All Rows..."
-        });
-        QMenu* view = bar->addMenu(QStringLiteral("&View"));
-        view->addAction(Tr::EMJobTotal, QKeySequence(QStringLiteral("Ctrl+A")), this, [this] {
-            if (auto* w = m_app.existingMainwndo())
-                w->_totaltime2_Action();
-        });
-        view->addAction(Tr::EMDayTotal, QKeySequence(QStringLiteral("Ctrl+L")), this, [this] {
-            if (auto* w = m_app.existingMainwndo())
-                w->_totaldy2_Action();
-        });
-        view->addSeparator();
-        QAction* shwnts = view->addAction(m_window ? m_window->notes.shwntsCaption() : Tr::VMShowNotes);
-        connect(shwnts, &QAction::triggered, this, [this, shwnts] {
-            if (m_window)
-                shwnts->setText(m_window->notes._shwnts_Action(shwnts->text()));
-        });
-        QAction* webo = view->addAction(QStringLiteral("View in Web Browser"), this, [this] { _webo_Action(); });
-        connect(view, &QMenu::aboutToShow, webo, [this, webo] { webo->setEnabled(m_app.prefs.netlook); });
-        QMenu* control = bar->addMenu(QStringLiteral("&Control"));
-        control->addAction(Tr::CMStart, this, [this] {
-            if (auto* w = m_app.existingMainwndo())
-                w->_statusStart_Action();
-        });
-        control->addAction(Tr::CMStop, this, [this] {
-            if (auto* w = m_app.existingMainwndo())
-                w->_statusStop_Action();
-        });
-    }
-    QMenu* settings = bar->addMenu(QStringLiteral("&Settings"));
-    settings->addAction(QStringLiteral("Preferences..."), QKeySequence::Preferences, this, [this] { showPrefwin(-1); });
-    QMenu* help = bar->addMenu(QStringLiteral("&Help"));
-    help->addAction(QStringLiteral("Online Help"), this, [this] {
-        // The manual is the README installed beside the program, or the one of the source tree.
-        const QString appDir = QCoreApplication::applicationDirPath();
-        for (const QString& path : {appDir + QStringLiteral("/../share/doc/veltrick/README.md"),
-                                    appDir + QStringLiteral("/../../README.md")}) {
-            if (QFileInfo(path).isFile()) {
-                m_desktop.openUrl(QUrl::fromLocalFile(QFileInfo(path).canonicalFilePath()).toString());
-                return;
+    std::erase_if(m_actions, [](const auto& entry) { return entry.second.isNull(); }); // a closed window's
+    const core::MenuItems state = m_program.commandState();
+    for (const Menu& tree : menuTree()) {
+        QMenu* menu = bar->addMenu(*tree.caption);
+        for (const std::optional<Item>& entry : tree.items) {
+            if (!entry) {
+                menu->addSeparator();
+                continue;
             }
+            const Item item = *entry;
+            QAction* action = menu->addAction(forMenu(state.caption(item)));
+            action->setObjectName(core::itemName(item));
+            action->setShortcut(QKeySequence(core::itemKey(item)));
+            if (item == Item::EditCut || item == Item::EditCopy || item == Item::EditPaste)
+                connect(action, &QAction::triggered, this, [this, item] { editText(item); });
+            else
+                connect(action, &QAction::triggered, this, [this, item] { m_program.command(item); });
+            m_actions.emplace_back(item, action);
         }
-        m_desktop.beep();
-    });
-    help->addAction(QStringLiteral("About Veltrick"), this, [this] {
-        QMessageBox::about(
-            QApplication::activeWindow(), QStringLiteral("About Veltrick"),
-            QStringLiteral("Veltrick %1\nA timesheet for the hours you bill.").arg(core::App::kAppVersion));
-    });
+        // The Alt key and the focused text field are read as the menu opens.
+        connect(menu, &QMenu::aboutToShow, this, &Shell::applyCommands);
+    }
+}
+
+void Shell::applyCommands()
+{
+    const core::MenuItems state = m_program.commandState();
+    QWidget* field = focusedTextField();
+    for (const auto& [item, action] : m_actions) {
+        if (!action)
+            continue;
+        const bool textCommand = item == Item::EditCut || item == Item::EditCopy || item == Item::EditPaste;
+        action->setEnabled(textCommand ? textFieldCan(field, item) : state.enabled(item));
+        action->setText(forMenu(state.caption(item)));
+    }
+}
+
+void Shell::editText(Item item)
+{
+    QWidget* field = focusedTextField();
+    if (!textFieldCan(field, item))
+        return;
+    const char* slot = item == Item::EditCut ? "cut" : item == Item::EditCopy ? "copy" : "paste";
+    QMetaObject::invokeMethod(field, slot);
+}
+
+void Shell::applyListFont(const QString& font, int size)
+{
+    if (!m_view)
+        return;
+    const QFont chosen = font == prefwin::kSystemFont ? QFont() : QFont(font, size);
+    QFont sized = chosen;
+    sized.setPointSize(size);
+    m_view->ListBox1()->setFont(sized);
+    if (m_pane)
+        for (QWidget* list : m_pane->findChildren<QAbstractItemView*>())
+            list->setFont(sized);
 }
 
 void Shell::showMainwndo(core::Mainwndo* form)
 {
-    m_window = std::make_unique<Window>(*this, *form);
-    auto* view = new core::ui::MainwndoView(*form, m_app.prefs);
+    Program::Window* parts = m_program.window();
+    auto* view = new core::ui::MainwndoView(*form, m_program.app().prefs);
     view->setAttribute(Qt::WA_DeleteOnClose, false);
     m_view = view;
     // The client picker and the client's list stand beside the timesheet, in one splitter with it.
-    auto* pane = new clients::ui::ClientPane(m_window->clientView, *form, m_app.prefs, view->ListBox1());
+    auto* pane = new clients::ui::ClientPane(parts->clientView, *form, m_program.app().prefs, view->ListBox1());
     static_cast<QVBoxLayout*>(view->centralWidget()->layout())->insertWidget(0, pane, 1);
     m_pane = pane;
-    new jobs::ui::ListWiring(view->ListBox1(), 1, m_window->lists);
-    new jobs::ui::ListWiring(pane->ListBox2(), 2, m_window->lists);
-    connect(pane, &clients::ui::ClientPane::addClientClicked, this, [this] { m_sync.addClient(); });
-    connect(view, &core::ui::MainwndoView::clientListChanged, this, [this] {
-        if (m_window)
-            m_window->clientView.clientlist2_Open();
-    });
-    view->closeRequested = [this] { return m_quitting || m_app.closeMainwndo(); };
-    connect(view, &core::ui::MainwndoView::njButton2Clicked, this, [this] {
-        if (m_window)
-            m_window->jobs.njButton2_MouseDown();
-    });
-    fillMenus(view->menuBar(), true);
+    new jobs::ui::ListWiring(view->ListBox1(), 1, parts->lists);
+    new jobs::ui::ListWiring(pane->ListBox2(), 2, parts->lists);
+    connect(pane, &clients::ui::ClientPane::addClientClicked, this,
+            [this] { m_program.command(Item::FileAddNewClient); });
+    connect(view, &core::ui::MainwndoView::runButtonClicked, this, [this] { m_program.runButton(); });
+    connect(view, &core::ui::MainwndoView::njButton2Clicked, this, [this] { m_program.command(Item::nujobmenu2); });
+    view->keyDown = [this](QChar key) { return m_program.keyDown(key); };
+    // The window's close button: the document's close decides, once no other event is under way.
+    view->closeRequested = [this] {
+        m_program.post([this] { m_program.app().closeMainwndo(); });
+        return false;
+    };
+    connect(form, &core::Mainwndo::controlsChanged, this, &Shell::applyCommands);
+    connect(form, &core::Mainwndo::selectionChanged, this, &Shell::applyCommands);
+    fillMenus(view->menuBar());
+    applyCommands();
     m_startWindow->hide();
     // Shown once the event loop is back: a timesheet being read appears whole, not row by row.
     QTimer::singleShot(0, view, &QWidget::show);
+}
+
+void Shell::closeMainwndoView()
+{
+    if (m_view) {
+        m_view->closeRequested = nullptr; // the document has closed: the window goes without asking
+        m_view->close();
+        m_view->deleteLater();
+    }
+    if (!m_program.quitting())
+        m_startWindow->show();
 }
 
 } // namespace shell::ui

@@ -1,0 +1,358 @@
+#include "shell/program.h"
+
+#include "core/texts.h"
+#include "netlink/apptexts.h"
+#include "netlink/stylesheet.h"
+#include "shell/aboutbox.h"
+#include "storage/clients_file.h"
+#include "storage/operations_file.h"
+#include "storage/timesheet_file.h"
+
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QSysInfo>
+#include <QUrl>
+
+namespace shell
+{
+
+Program::Window::Window(Program& program, core::Mainwndo& form)
+    : sources(program.m_s.files, program.m_app.prefs, storage::prefFolder(), program.m_joblst),
+      jobs({form, program, program.m_app.prefs, program.m_s.clock, program.m_s.desktop, program.m_s.dialogs,
+            program.m_s.timers, sources, program}),
+      clientView(form, {program.m_s.desktop, program, program.m_s.files, storage::prefFile(storage::kClientsFileName)}),
+      rowOps(form, {program.m_s.clock, program.m_s.desktop, program.m_s.dialogs, program, clientView}),
+      notes(form, program.m_app.prefs, {program.m_s.desktop, program.m_s.dialogs, clientView}),
+      lists(form, {program.m_s.clock, program.m_s.desktop, clientView},
+            {[&program](core::Item item) { return program.commandState().enabled(item); },
+             [&program](core::Item item) { program.command(item); }})
+{}
+
+Program::Program(Services services)
+    : m_s(std::move(services)),
+      m_app(core::Mainwndo::Services{m_s.clock, m_s.desktop, m_s.dialogs, m_s.timers, *this, m_gate}, *this),
+      m_document(m_app, m_s.files, m_s.dialogs, m_s.desktop, m_s.documentsFolder),
+      m_sync(m_s.contacts, m_s.dialogs, m_s.desktop, m_s.files, storage::prefFile(storage::kClientsFileName), *this)
+{
+    m_gate.settled = [this] { emit commandsChanged(); };
+    connect(&m_app, &core::App::mainwndoCreated, this,
+            [this](core::Mainwndo* form) { m_window = std::make_unique<Window>(*this, *form); });
+    connect(&m_app, &core::App::mainwndoClosed, this, [this] {
+        m_window.reset();
+        emit windowClosed();
+        emit commandsChanged();
+    });
+}
+
+Program::~Program()
+{
+    m_gate.settled = nullptr;
+}
+
+void Program::start(const QStringList& documents)
+{
+    platform::EventGate::Scope startup(m_gate);
+    m_app.Event_Open();
+    openDocuments(documents);
+}
+
+void Program::openDocuments(const QStringList& paths)
+{
+    // Timesheets only; one that cannot be read gets the same message as any failed load.
+    for (const QString& path : paths)
+        if (QFileInfo(path).suffix().compare(storage::kTimesheetSuffix, Qt::CaseInsensitive) == 0)
+            m_app.Event_OpenDocument(path);
+}
+
+void Program::openRequested(const QStringList& paths)
+{
+    post([this, paths] {
+        if (!m_quitting)
+            openDocuments(paths);
+    });
+}
+
+void Program::runButton()
+{
+    post([this] {
+        if (core::Mainwndo* w = mainwndo())
+            w->runButton_Action();
+    });
+}
+
+core::MenuItems Program::commandState() const
+{
+    core::MenuItems items = m_app.menuState();
+    items.off({core::Item::presetJobs, core::Item::exportmenu, core::Item::FilePrintLayout, core::Item::printit});
+    return items;
+}
+
+bool Program::keyDown(QChar key)
+{
+    const core::Mainwndo* w = mainwndo();
+    if (!w || !w->takesKey(key))
+        return false;
+    post([this, key] {
+        if (core::Mainwndo* form = mainwndo())
+            form->Event_KeyDown(key);
+    });
+    return true;
+}
+
+void Program::command(core::Item item)
+{
+    post([this, item] { runCommand(item); });
+}
+
+void Program::runCommand(core::Item item)
+{
+    using core::Item;
+    // Asked again here: a key, the tray or a command that waited may come after the state moved on.
+    if (!commandState().enabled(item)) {
+        m_s.desktop.beep();
+        return;
+    }
+    // The window's commands are on only while it is open, so they find it here.
+    core::Mainwndo* w = mainwndo();
+    Window* parts = m_window.get();
+    switch (item) {
+    case Item::nusheet:
+    case Item::saveAs:
+        m_document.newSaveAs();
+        return;
+    case Item::open:
+        m_document.open();
+        return;
+    case Item::openOld:
+        m_document.openOld();
+        return;
+    case Item::clozeit:
+        m_app.closeMainwndo();
+        return;
+    case Item::switchit:
+        // The budgets are totalled here once preset jobs are kept.
+        if (m_document.switchitConfirmed())
+            m_app.closeMainwndo();
+        return;
+    case Item::FileQuit:
+        quit();
+        return;
+    case Item::nineprefs:
+        showPrefwin(-1);
+        return;
+    case Item::aboutme:
+        aboutme();
+        return;
+    case Item::helpon2:
+        helpon2();
+        return;
+    case Item::webo:
+        _webo_Action();
+        return;
+    default:
+        break;
+    }
+    if (!w || !parts)
+        return;
+    switch (item) {
+    case Item::save:
+        w->_save_Action();
+        break;
+    case Item::FileAddNewClient:
+        m_sync.addClient();
+        break;
+    case Item::syncAddressBook:
+        m_sync._syncAddressBook_Action();
+        break;
+    case Item::nujobmenu2:
+        parts->jobs._nujobmenu2_Action();
+        break;
+    case Item::duplicate:
+        parts->jobs._duplicate_Action();
+        break;
+    case Item::edjobmenu:
+        parts->jobs._edjobmenu_Action();
+        break;
+    case Item::notey:
+        parts->notes._notey_Action();
+        break;
+    case Item::zerorow:
+        parts->rowOps._zerorow_Action();
+        break;
+    case Item::clearjb2:
+        parts->rowOps.deletejb();
+        break;
+    case Item::totaltime2:
+        w->_totaltime2_Action();
+        break;
+    case Item::totaldy2:
+        w->_totaldy2_Action();
+        break;
+    case Item::shwnts:
+        parts->notes._shwnts_Action(commandState().caption(Item::shwnts));
+        break;
+    case Item::statusStart:
+        w->_statusStart_Action();
+        break;
+    case Item::statusStop:
+        w->_statusStop_Action();
+        break;
+    default:
+        break; // the items of the windows still to come, and the text fields' own Cut, Copy and Paste
+    }
+}
+
+void Program::quit()
+{
+    m_quitting = true;
+    if (!m_app._FileQuit_Action())
+        m_quitting = false; // cancelled at the save question
+}
+
+bool Program::operationsFileExists() const
+{
+    return m_s.files.exists(storage::prefFile(storage::kOperationsFileName));
+}
+
+void Program::firstRun()
+{
+    core::Noopps welcome;
+    m_s.dialogs.showModal(welcome);
+    showPrefwin(kOperationsTab); // it cannot be left without an operation
+}
+
+void Program::showPrefwin(int tab)
+{
+    prefwin form({m_app.prefs, m_s.dialogs, m_s.desktop, m_s.files, *this,
+                  storage::prefFile(storage::kOperationsFileName), prefwin::defaultDesktopFolder()});
+    form.TabPanel1 = tab >= 0 ? tab : m_prefTab;
+    m_s.dialogs.showModal(form);
+    m_prefTab = form.TabPanel1;
+}
+
+void Program::refreshOppsList()
+{
+    if (m_window && m_window->jobs.openDialog())
+        m_window->jobs.openDialog()->refreshOppsList();
+}
+
+void Program::locateStyleSheet()
+{
+    const platform::Result loaded = netlink::loadStyleSheet(m_s.appDir, m_styleSheetTxt);
+    if (!loaded.ok()) {
+        m_s.desktop.beep();
+        m_s.dialogs.message(netlink::kAppStyleSheetFailure);
+    }
+}
+
+void Program::mainwndoOpened(core::Mainwndo&)
+{
+    m_window->clientView.clientlist2_Open();
+    m_window->notes.restoreStrip();
+    restartWeb();
+    emit windowOpened(mainwndo());
+}
+
+void Program::populatelistbox2()
+{
+    if (m_window)
+        m_window->clientView.rebuildFollowingListBox1();
+}
+
+void Program::restartWeb()
+{
+    m_socket1.reset();
+    if (!m_app.prefs.netlook || !m_app.existingMainwndo())
+        return;
+    m_socket1 = std::make_unique<netlink::Socket1>(*this, m_s.desktop);
+    m_socket1->Listen(); // a failure shows in the status line; the Connect button tries again
+}
+
+void Program::_webo_Action()
+{
+    if (m_app.thisdoc.isEmpty()) {
+        m_s.desktop.beep();
+        m_s.dialogs.message(netlink::kAppNoSheetWeb);
+        return;
+    }
+    m_s.desktop.openUrl(netlink::kWebUrl);
+}
+
+void Program::helpon2()
+{
+    // The manual is the README installed beside the program, or the one of the source tree.
+    for (const QString& path : {m_s.appDir + QStringLiteral("/../share/doc/veltrick/README.md"),
+                                m_s.appDir + QStringLiteral("/../../README.md")}) {
+        if (QFileInfo(path).isFile()) {
+            m_s.desktop.openUrl(QUrl::fromLocalFile(QFileInfo(path).canonicalFilePath()).toString());
+            return;
+        }
+    }
+    m_s.desktop.beep();
+}
+
+void Program::aboutme()
+{
+    Aboutbox about;
+    about.version = core::App::kAppVersion;
+    about.qtVersion = QString::fromLatin1(qVersion());
+    about.system = QSysInfo::prettyProductName();
+    about.netLink = m_socket1 && m_socket1->isListening() ? netlink::kWebUrl : Aboutbox::kNetLinkOff;
+    m_s.dialogs.showModal(about);
+}
+
+const core::Timesheet& Program::ListBox1() const
+{
+    const core::Mainwndo* w = mainwndo();
+    return w ? w->ListBox1 : m_noSheet;
+}
+
+bool Program::running() const
+{
+    const core::Mainwndo* w = mainwndo();
+    return w && w->running;
+}
+
+QString& Program::ipnumber()
+{
+    core::Mainwndo* w = mainwndo();
+    return w ? w->ipnumber : m_noAddress;
+}
+
+void Program::setStatus(const QString& datastream)
+{
+    if (core::Mainwndo* w = mainwndo())
+        w->setDatastream(datastream);
+}
+
+void Program::startTimer2()
+{
+    if (core::Mainwndo* w = mainwndo())
+        w->Timer2().setMode(platform::Timer::Single);
+}
+
+bool Program::contactsAccess() const
+{
+    const core::Mainwndo* w = mainwndo();
+    return w && w->contactsAccess;
+}
+
+void Program::setContactsAccess(bool on)
+{
+    if (core::Mainwndo* w = mainwndo())
+        w->contactsAccess = on;
+}
+
+void Program::resetClientList()
+{
+    if (m_window)
+        m_window->clientView.clientlist2_Open();
+}
+
+void Program::refreshClientList()
+{
+    if (m_window && m_window->jobs.openDialog())
+        m_window->jobs.openDialog()->rebuildClientMenu();
+}
+
+} // namespace shell
