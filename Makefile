@@ -6,7 +6,7 @@ CMAKE_FLAGS ?=
 DEBS := cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard
 
-.PHONY: all deps configure build run test bench format clean
+.PHONY: all deps configure build run test soak bench format clean
 
 all: build
 
@@ -34,6 +34,12 @@ run: build
 
 test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
+
+# The randomized command test with random seeds for SOAK_SECONDS (30 minutes); a failure prints its seed,
+# which VELTRICK_SEED=<seed> build/tests/test_randomcommands fixedSeeds replays.
+SOAK_SECONDS ?= 1800
+soak: build
+	cd $(BUILD) && QT_QPA_PLATFORM=offscreen VELTRICK_SOAK_SECONDS=$(SOAK_SECONDS) ./tests/test_randomcommands soak
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done

@@ -113,6 +113,12 @@ bool App::closeMainwndo()
         return true;
     if (m_main->Event_CancelClose())
         return false;
+    // The stop that the close makes is written too; when the disk refuses it, the user is asked again.
+    if (m_main->running && prefs.killQuit) {
+        m_main->Allstop();
+        if (m_main->Event_CancelClose())
+            return false;
+    }
     m_main->Event_Close();
     thisdoc.clear();
     mywindowcount = 0;
@@ -143,11 +149,12 @@ void App::Event_OpenDocument(const QString& path)
     if (m_main) {
         if (m_main->boxchange)
             m_main->autosave();
-        // Rows that are in no file (it has none yet, or the disk refused) are not dropped unasked.
-        if (m_main->boxchange && m_main->Event_CancelClose())
-            return;
         if (m_main->running)
             m_main->Allstop();
+        // Rows that are in no file (it has none yet, or the disk refused the save or the stop) are not
+        // dropped unasked.
+        if (m_main->boxchange && m_main->Event_CancelClose())
+            return;
     }
     thisdoc = path;
     m_hooks.sesame();

@@ -499,7 +499,9 @@ bool Mainwndo::autosave()
         if (!xpath.isEmpty()) {
             const platform::Result written = m_s.hooks.writeTimesheet(xpath, ListBox1);
             if (!written.ok()) {
-                // The rows stay in memory and the document stays dirty; the next save tries again.
+                // The rows stay in memory and the document is dirty, whatever it was: the file lags behind
+                // them, so a close asks. The next save tries again.
+                boxchange = true;
                 m_s.desktop.beep();
                 m_s.dialogs.message(Tr::MWErrorWriteFail);
                 datastream = Tr::MWDSWriteError;
@@ -552,6 +554,7 @@ void Mainwndo::Windowfilename()
 
 void Mainwndo::deleteall()
 {
+    emit emptying();
     ListBox1.DeleteAllRows();
     ListBox1.starthrs.clear();
     ListBox1.startmin.clear();

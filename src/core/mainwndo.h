@@ -222,7 +222,8 @@ signals:
     void rowChanged(int row); // cells of one row of ListBox1
     void selectionChanged();  // ListIndex of ListBox1 moved
     void focusRequested(int list);
-    void closing(); // the window's place is about to be stored: the view says where it is
+    void closing();  // the window's place is about to be stored: the view says where it is
+    void emptying(); // the document's rows are about to go: the window closes or another is read in
 
 private:
     void selectRow(int index);

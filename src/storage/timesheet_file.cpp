@@ -244,8 +244,10 @@ void encodeTimesheet(const core::Timesheet& sheet, QByteArray& out, int* cutFiel
     int cuts = 0;
     const qsizetype rowCount = sheet.ListCount();
     // A guess that fits ordinary rows in one allocation; grown when a row might not fit. A buffer kept
-    // from the last save is reused as it stands, its pages already mapped.
-    out.resize(std::max(out.capacity(), 4 + 2 * kMaxFieldBytes + rowCount * 160));
+    // from the last save is reused as it stands, its pages already mapped. One that is shared (the
+    // caller kept a copy of the last bytes) would be copied at its full size, and grow with each save.
+    const qsizetype reusable = out.isDetached() ? out.capacity() : 0;
+    out.resize(std::max(reusable, 4 + 2 * kMaxFieldBytes + rowCount * 160));
     char* p = out.data();
     char* end = p + out.size();
 

@@ -17,6 +17,7 @@ public:
         if (failWrites)
             return platform::Result::failure(28, QStringLiteral("No space left on device"));
         files[path] = bytes;
+        written << path;
         return platform::Result::success();
     }
     platform::Result read(const QString& path, QByteArray& bytes) const override
@@ -29,6 +30,7 @@ public:
     bool exists(const QString& path) const override { return files.contains(path); }
 
     QHash<QString, QByteArray> files;
+    QStringList written; // the paths of the writes that went through, in order
     bool failWrites = false;
     int writes = 0;
 };
