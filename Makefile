@@ -4,7 +4,7 @@ JOBS ?= 2
 CMAKE_FLAGS ?=
 
 DEBS := cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
-        libbenchmark-dev qt6-qpa-plugins xvfb xauth khard
+        libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon
 
 .PHONY: all deps configure build run test soak bench format clean
 
@@ -39,7 +39,8 @@ test: build
 # which VELTRICK_SEED=<seed> build/tests/test_randomcommands fixedSeeds replays.
 SOAK_SECONDS ?= 1800
 soak: build
-	cd $(BUILD) && QT_QPA_PLATFORM=offscreen VELTRICK_SOAK_SECONDS=$(SOAK_SECONDS) ./tests/test_randomcommands soak
+	cd $(BUILD) && QT_QPA_PLATFORM=offscreen VELTRICK_SOAK_SECONDS=$(SOAK_SECONDS) \
+	  QTEST_FUNCTION_TIMEOUT=$$(( ($(SOAK_SECONDS) + 600) * 1000 )) ./tests/test_randomcommands soak
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done

@@ -29,9 +29,16 @@ function(veltrick_tests dir)
     get_filename_component(name ${src} NAME_WE)
     add_executable(${name} ${src})
     target_link_libraries(${name} PRIVATE veltrick_test_support ${ARG_LINK} Qt6::Test)
-    add_test(NAME ${dir}/${name} COMMAND ${name})
+    if(name MATCHES "^test_desktop_")
+      # A test of the program on a real desktop: an X server and a session bus of its own.
+      add_test(NAME ${dir}/${name} COMMAND xvfb-run -a -s "-screen 0 1280x800x24" dbus-run-session -- $<TARGET_FILE:${name}>)
+      set(platform xcb)
+    else()
+      add_test(NAME ${dir}/${name} COMMAND ${name})
+      set(platform offscreen)
+    endif()
     set_tests_properties(${dir}/${name} PROPERTIES
-      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;VELTRICK_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
+      ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;VELTRICK_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
       TIMEOUT 300)
   endforeach()
 endfunction()

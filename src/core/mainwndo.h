@@ -224,6 +224,7 @@ signals:
     void focusRequested(int list);
     void closing();  // the window's place is about to be stored: the view says where it is
     void emptying(); // the document's rows are about to go: the window closes or another is read in
+    void opened();   // a timesheet has been read into the window, or made by New
 
 private:
     void selectRow(int index);

@@ -30,6 +30,7 @@ inline const QString MWOperation = QStringLiteral("Operation");
 inline const QString MWClient = QStringLiteral("Client");
 inline const QString MWDescription = QStringLiteral("Description");
 inline const QString MWClientListf = QStringLiteral("All Clients");
+inline const QString MWStatusNoJob = QStringLiteral("-- Veltrick - No Job Selected --");
 
 // Captions of the menus and their items; the context menus of the lists use the same.
 inline const QString FileMenuText = QStringLiteral("&File");

@@ -24,6 +24,8 @@ public:
     virtual void processEvents() = 0;
     // How long a walk works between two yields; zero yields at every row.
     virtual int yieldSliceMs() const { return 10; }
+    // The desktop's appearance is dark (light text on dark windows).
+    virtual bool darkAppearance() const { return false; }
 };
 
 } // namespace platform

@@ -25,7 +25,8 @@ Program::Window::Window(Program& program, core::Mainwndo& form)
       notes(form, program.m_app.prefs, {program.m_s.desktop, program.m_s.dialogs, clientView}),
       lists(form, {program.m_s.clock, program.m_s.desktop, clientView},
             {[&program](core::Item item) { return program.commandState().enabled(item); },
-             [&program](core::Item item) { program.command(item); }})
+             [&program](core::Item item) { program.command(item); }}),
+      strip({form, clientView, program.m_app.prefs, program.m_s.desktop})
 {}
 
 Program::Program(Services services)
@@ -35,8 +36,14 @@ Program::Program(Services services)
       m_sync(m_s.contacts, m_s.dialogs, m_s.desktop, m_s.files, storage::prefFile(storage::kClientsFileName), *this)
 {
     m_gate.settled = [this] { emit commandsChanged(); };
-    connect(&m_app, &core::App::mainwndoCreated, this,
-            [this](core::Mainwndo* form) { m_window = std::make_unique<Window>(*this, *form); });
+    connect(&m_app, &core::App::mainwndoCreated, this, [this](core::Mainwndo* form) {
+        m_window = std::make_unique<Window>(*this, *form);
+        // A timesheet read or made shows the strip, when the settings want it.
+        connect(form, &core::Mainwndo::opened, this, [this] {
+            if (m_window && m_app.prefs.statusquo)
+                m_window->strip.show();
+        });
+    });
     connect(&m_app, &core::App::mainwndoClosed, this, [this] {
         m_window.reset();
         emit windowClosed();
@@ -250,7 +257,108 @@ void Program::mainwndoOpened(core::Mainwndo&)
     m_window->clientView.clientlist2_Open();
     m_window->notes.restoreStrip();
     restartWeb();
+    updatestatus();
     emit windowOpened(mainwndo());
+}
+
+void Program::updatestatus()
+{
+    core::Mainwndo* w = mainwndo();
+    if (!m_window || !w)
+        return;
+    VLKMenulet& menulet = m_window->menulet;
+    if (!w->ListBox1.hasSelection()) {
+        m_window->strip.setText(Tr::MWStatusNoJob);
+        menulet.ToolTip = statuswindow::kNoJobBullet;
+        menulet.Title = VLKMenulet::kNoTime;
+    } else {
+        const core::JobRow& row = w->ListBox1.selected();
+        const QString dash = QStringLiteral(" - ");
+        menulet.Title = row.cell(core::CellHours) + QLatin1Char(':') + row.cell(core::CellMinutes);
+        menulet.ToolTip = row.cell(core::CellJob) + dash + row.cell(core::CellProject) + dash +
+                          row.cell(core::CellOperation) + dash + menulet.Title;
+        m_window->strip.setText(menulet.ToolTip);
+    }
+    emit menulet.changed();
+}
+
+void Program::menuControl()
+{
+    core::Mainwndo* w = mainwndo();
+    if (m_window && w) {
+        QList<VLKMenulet::MenuItem> menu;
+        if (!w->ListBox1.hasSelection()) {
+            menu.append({VLKMenulet::kMLTStart, false});
+        } else {
+            const core::JobRow& row = w->ListBox1.selected();
+            const QString dash = QStringLiteral(" - ");
+            menu.append(
+                {row.cell(core::CellJob) + dash + row.cell(core::CellProject) + dash + row.cell(core::CellOperation),
+                 false});
+            menu.append({w->running ? VLKMenulet::kMLTStop : VLKMenulet::kMLTStart, true});
+        }
+        menu.append({QString(), true});
+        menu.append({VLKMenulet::kMLTTimesheet, true});
+        m_window->menulet.Menu = menu;
+        emit m_window->menulet.changed();
+    }
+    emit commandsChanged();
+}
+
+void Program::statusUpDateDark()
+{
+    core::Mainwndo* w = mainwndo();
+    if (!m_window || !w)
+        return;
+    m_window->strip.statusUpDateDark();
+    m_window->menulet.setImage(w->running ? VLKMenulet::Image::StatusAvailable : VLKMenulet::Image::StatusUnavailable);
+}
+
+void Program::StatusItemHandler(const QString& title)
+{
+    // Start and Stop are the Control menu's commands, with their state asked again as they run.
+    if (title == VLKMenulet::kMLTStart)
+        command(core::Item::statusStart);
+    else if (title == VLKMenulet::kMLTStop)
+        command(core::Item::statusStop);
+    else if (title == VLKMenulet::kMLTTimesheet)
+        emit timesheetWanted();
+}
+
+void Program::switchJob(int tag)
+{
+    post([this, tag] {
+        if (m_window)
+            m_window->strip.statustext_ContextualMenuAction(tag);
+    });
+}
+
+void Program::showStatusWindow()
+{
+    if (m_window)
+        m_window->strip.show();
+}
+
+void Program::hideStatusWindow()
+{
+    if (m_window)
+        m_window->strip.hide(true);
+}
+
+void Program::setStatusOpacity(double opacity)
+{
+    if (m_window)
+        m_window->strip.setOpacity(opacity);
+}
+
+void Program::quitting()
+{
+    // The strip's place is kept for the next start.
+    if (m_window) {
+        m_app.prefs.statusleft = m_window->strip.Left;
+        m_app.prefs.statusposition = m_window->strip.Top;
+        m_window->strip.hide(false);
+    }
 }
 
 void Program::populatelistbox2()

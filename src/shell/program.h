@@ -13,6 +13,7 @@
 #include "platform/contacts.h"
 #include "platform/eventgate.h"
 #include "shell/prefwin.h"
+#include "shell/statuswindow.h"
 #include "storage/document.h"
 #include "storage/filestore.h"
 #include "storage/preset_file.h"
@@ -62,6 +63,8 @@ public:
         jobs::RowOps rowOps;
         jobs::Notes notes;
         jobs::ListBehaviour lists;
+        statuswindow strip;
+        VLKMenulet menulet;
     };
 
     static constexpr int kOperationsTab = 1;
@@ -80,7 +83,7 @@ public:
     // The main window's logic while a timesheet is open, else null.
     core::Mainwndo* mainwndo() const { return m_app.existingMainwndo(); }
     Window* window() const { return m_window.get(); }
-    bool quitting() const { return m_quitting; }
+    bool isQuitting() const { return m_quitting; }
 
     // Every command's state now. The windows still to come (preset jobs, export, print) stay off.
     core::MenuItems commandState() const;
@@ -89,6 +92,12 @@ public:
     void command(core::Item item);
     // Events of the main window's controls and of the world outside, through the same gate.
     void runButton();
+    // The tray menu's item of that title: start, stop, or the timesheet window to the front.
+    void StatusItemHandler(const QString& title);
+    // The job-switch menu of the strip.
+    void switchJob(int tag);
+    // The desktop went from light to dark or back.
+    void appearanceChanged() { statusUpDateDark(); }
     // A key of the main window: true when it is the window's (the event that follows is posted).
     bool keyDown(QChar key);
     void openRequested(const QStringList& paths);
@@ -108,6 +117,7 @@ public:
     bool operationsFileExists() const override;
     void firstRun() override;
     void exit() override { emit exitRequested(); }
+    void quitting() override;
     void locateStyleSheet() override;
     void mainwndoOpened(core::Mainwndo& window) override;
 
@@ -117,8 +127,12 @@ public:
         return m_document.writeTimesheet(path, sheet);
     }
     void saveAs() override { m_document.newSaveAs(); }
+    // The budgets are checked here once preset jobs are kept; the check ends in the status.
+    void budgetcheck() override { updatestatus(); }
+    void budgetcheck2() override { updatestatus(); }
     void populatelistbox2() override;
-    void menuControl() override { emit commandsChanged(); }
+    void menuControl() override;
+    void statusUpDateDark() override;
     void windowClosing() override { m_socket1.reset(); }
 
     // netlink::NetLinkHost
@@ -146,6 +160,9 @@ public:
     void netLinkStop() override { m_socket1.reset(); }
     void netLinkListen() override { restartWeb(); }
     void applyListFont(const QString& font, int size) override { emit listFontChanged(font, size); }
+    void showStatusWindow() override;
+    void hideStatusWindow() override;
+    void setStatusOpacity(double opacity) override;
     void refreshOppsList() override;
     void saveprefs() override { m_document.saveprefs(m_app.prefs); }
 
@@ -155,9 +172,12 @@ signals:
     void commandsChanged(); // the command state may have changed: whatever shows it shows it again
     void listFontChanged(const QString& font, int size);
     void exitRequested();
+    void timesheetWanted(); // "Show Timesheet": the main window comes to the front, restored
 
 private:
     void runCommand(core::Item item);
+    // The strip's text and the tray's clock and tool tip, from the selected row.
+    void updatestatus();
     void openDocuments(const QStringList& paths);
     void quit();
     void _webo_Action();

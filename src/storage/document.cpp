@@ -68,6 +68,7 @@ void Document::sesame()
     }
     w.njButton2.enabled = !w.running;
     emit w.controlsChanged();
+    emit w.opened();
 }
 
 void Document::newSaveAs()
@@ -96,6 +97,7 @@ void Document::newSaveAs()
     w.boxchange = false;
     w.rowcheck();
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
+    emit w.opened();
 }
 
 void Document::open()

@@ -315,7 +315,7 @@ private:
             note(QStringLiteral("command ") + itemName(item));
             const bool quit = item == Item::FileQuit;
             program().command(item);
-            if (quit && program().quitting())
+            if (quit && program().isQuitting())
                 restart(m_rng.chance(0.5));
         } else if (kind < 35) {
             note(QStringLiteral("run button"));

@@ -110,6 +110,7 @@ public:
             onYield();
     }
     int yieldSliceMs() const override { return sliceMs; }
+    bool darkAppearance() const override { return dark; }
 
     // What arrives while a walk has yielded: a test posts events here to see that they wait.
     std::function<void()> onYield;
@@ -118,6 +119,7 @@ public:
     int yields = 0;
     bool ctrl = false;
     bool alt = false;
+    bool dark = false;
     QPoint mouse;
     QList<QRect> screenList{QRect(0, 0, 1920, 1080)};
     QStringList urls;

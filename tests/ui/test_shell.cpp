@@ -1,11 +1,16 @@
 // The menus of the running program show the one command state at every moment, so that a key of a
 // greyed item does nothing: a shortcut once opened "Add Job..." while a job was timing.
+#include "clients/ui/clientpane.h"
+#include "core/ui/mainwndoview.h"
 #include "shell/programrig.h"
 #include "shell/ui/shell.h"
 
 #include <QAction>
+#include <QHeaderView>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QTreeView>
 #include <QtTest>
 
 using core::Item;
@@ -14,8 +19,68 @@ class TestShell : public QObject
 {
     Q_OBJECT
 
+    // The widths of a list's visible columns.
+    static QList<int> widths(QTreeView* list)
+    {
+        QList<int> out;
+        for (int c = 0; c < 7; ++c)
+            out << list->columnWidth(c);
+        return out;
+    }
+
+    // Every text of the named columns fits its column in the list's font (a date as bold as a noted one).
+    static void contentsFit(QTreeView* list, const QStringList& texts)
+    {
+        QFont bold = list->font();
+        bold.setBold(true);
+        const int columns[] = {core::CellDate, core::CellJob, core::CellHours, core::CellMinutes, core::CellClient};
+        for (int i = 0; i < 5; ++i) {
+            const QFontMetrics metrics(i == 0 ? bold : list->font());
+            QVERIFY2(metrics.horizontalAdvance(texts[i]) < list->columnWidth(columns[i]), qPrintable(texts[i]));
+        }
+    }
+
 private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    // At the size the window is made with and the default font, date, job, hours, minutes and client show
+    // in full in both lists, with no sideways scrolling; the lists keep the same widths and follow a font.
+    void firstHourColumns()
+    {
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+        testing::ScriptedDialogs dialogs;
+        testing::ProgramRig rig(dialogs);
+        rig.clock.set(2026, 11, 22, 9, 0);
+        const QString sheet = QStringLiteral("/docs/a.vlk");
+        core::JobRow row = rig.row(QStringLiteral("A100"), 100 * 60 + 59);
+        row.setCell(core::CellClient, QStringLiteral("Acme Studios"));
+        rig.writeSheet(sheet, std::vector<core::JobRow>(40, row)); // enough rows for a scroll bar
+        rig.files.files[storage::prefFile(storage::kClientsFileName)] =
+            storage::encodeClientList({QStringLiteral("Acme Studios")});
+        rig.make();
+        shell::ui::Shell shell(*rig.program);
+        rig.program->start({sheet});
+        QMainWindow* window = shell.front();
+        QTRY_VERIFY(window->isVisible());
+        QCOMPARE(window->size(), QSize(core::Mainwndo::kCreatedWidth, core::Mainwndo::kCreatedHeight));
+        auto* listBox1 = static_cast<core::ui::MainwndoView*>(window)->ListBox1();
+        const QStringList texts{QStringLiteral("22/11/2026"), QStringLiteral("A100"), QStringLiteral("100"),
+                                QStringLiteral("59"), QStringLiteral("Acme Studios")};
+        contentsFit(listBox1, texts);
+        QVERIFY(!listBox1->horizontalScrollBar()->isVisible());
+
+        rig.program->window()->clientView.clientlist2_ExpandRow();
+        rig.program->window()->clientView.setClientlist2Index(1);
+        auto* listBox2 = window->findChild<clients::ui::ClientPane*>()->ListBox2();
+        QTRY_VERIFY(listBox2->isVisible());
+        QTRY_COMPARE(widths(listBox2), widths(listBox1));
+        const QList<int> before = widths(listBox1);
+        rig.program->applyListFont(QStringLiteral("System"), 12);
+        contentsFit(listBox1, texts);
+        contentsFit(listBox2, texts);
+        QVERIFY(widths(listBox1)[core::CellDate] > before[core::CellDate]);
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    }
 
     void keysFollowTheCommandState()
     {

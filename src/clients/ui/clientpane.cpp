@@ -1,5 +1,6 @@
 #include "clients/ui/clientpane.h"
 
+#include "core/ui/jobcolumns.h"
 #include "core/ui/timesheetmodel.h"
 
 #include <QEvent>
@@ -29,7 +30,7 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     m_clients->setObjectName(QStringLiteral("clientlist2"));
     m_clients->setHeaderHidden(true);
     m_clients->setColumnCount(1);
-    m_clients->setFont(QFont(prefs.chosefont, prefs.fontsize));
+    m_clients->setFont(core::ui::listFont(prefs));
     m_clients->setSelectionMode(QAbstractItemView::SingleSelection);
     leftLayout->addWidget(m_clients, 1);
     m_addClient = new QLabel(kAddClient, left);
@@ -57,11 +58,11 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     m_listBox2->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_listBox2->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_listBox2->setAllColumnsShowFocus(true);
-    m_listBox2->setFont(QFont(prefs.chosefont, prefs.fontsize));
+    m_listBox2->setFont(core::ui::listFont(prefs));
+    new core::ui::JobColumns(m_listBox2);
     m_listBox2->header()->setStretchLastSection(false);
     for (int c = 7; c < core::kColumnCount; ++c)
         m_listBox2->setColumnHidden(c, true);
-    m_listBox2->viewport()->installEventFilter(this);
     m_lists->addWidget(m_listBox2);
     m_lists->addWidget(listBox1);
     m_lists->setStretchFactor(1, 1);
@@ -179,18 +180,6 @@ void ClientPane::paintColours()
                                  .arg(dark ? QStringLiteral("#555555") : QStringLiteral("#B8C0C4")));
 }
 
-void ClientPane::layoutListBox2Columns()
-{
-    const int width = m_listBox2->viewport()->width();
-    const int fixed[] = {width * 12 / 100, width * 12 / 100, width * 25 / 100, 30, 30, width * 20 / 100};
-    int used = 0;
-    for (int c = 0; c < 6; ++c) {
-        m_listBox2->setColumnWidth(c, fixed[c]);
-        used += fixed[c];
-    }
-    m_listBox2->setColumnWidth(core::CellClient, std::max(width * 5 / 100, width - used));
-}
-
 void ClientPane::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::PaletteChange)
@@ -204,8 +193,6 @@ bool ClientPane::eventFilter(QObject* watched, QEvent* event)
         emit addClientClicked();
         return true;
     }
-    if (m_listBox2 && watched == m_listBox2->viewport() && event->type() == QEvent::Resize)
-        layoutListBox2Columns();
     return QSplitter::eventFilter(watched, event);
 }
 

@@ -47,7 +47,6 @@ private:
     void showListBox2Selection();
     void refresh();
     void paintColours();
-    void layoutListBox2Columns();
 
     ClientView& m_view;
     core::Mainwndo& m_w;

@@ -1,6 +1,7 @@
 #include "core/ui/mainwndoview.h"
 
 #include "core/timetext.h"
+#include "core/ui/jobcolumns.h"
 #include "core/ui/timesheetmodel.h"
 
 #include <QCloseEvent>
@@ -41,7 +42,8 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     m_list->header()->setSectionsMovable(false);
     for (int c = 7; c < kColumnCount; ++c)
         m_list->setColumnHidden(c, true);
-    m_list->setFont(QFont(prefs.chosefont, prefs.fontsize));
+    m_list->setFont(listFont(prefs));
+    new JobColumns(m_list);
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
     layout->addWidget(m_list, 1);
@@ -61,6 +63,9 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     m_runButton->setMinimumWidth(96);
     m_runtotal = new QLabel(central);
     m_runtotal->setObjectName(QStringLiteral("runtotal"));
+    // The totals line never holds the window wider than it was made: it goes on two lines instead.
+    m_runtotal->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_runtotal->setWordWrap(true);
     bar->addWidget(m_indecator);
     bar->addWidget(m_runButton);
     bar->addSpacing(8);
@@ -117,7 +122,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
 
 void MainwndoView::refresh()
 {
-    setWindowTitle(m_form.title);
+    setWindowTitle(m_form.title + QStringLiteral("[*]")); // "*" while there are unsaved changes
     m_runButton->setText(m_form.runButton.caption);
     m_runButton->setEnabled(m_form.runButton.enabled);
     QPalette palette = m_indecator->palette();
@@ -147,21 +152,6 @@ void MainwndoView::showSelection()
         m_list->scrollTo(index);
     }
     m_list->viewport()->update();
-}
-
-void MainwndoView::layoutColumns()
-{
-    // Widths as percentages of the list, hours and minutes fixed, the client column takes the rest.
-    // The fixed columns hold three digits in the font in use, which on some desktops needs more than 30.
-    const int width = m_list->viewport()->width();
-    const int digits = std::max(30, m_list->fontMetrics().horizontalAdvance(QStringLiteral("0000")) + 6);
-    const int fixed[] = {width * 12 / 100, width * 12 / 100, width * 25 / 100, digits, digits, width * 20 / 100};
-    int used = 0;
-    for (int c = 0; c < 6; ++c) {
-        m_list->setColumnWidth(c, fixed[c]);
-        used += fixed[c];
-    }
-    m_list->setColumnWidth(CellClient, std::max(width * 5 / 100, width - used));
 }
 
 void MainwndoView::keepGeometry()
@@ -209,8 +199,6 @@ void MainwndoView::changeEvent(QEvent* event)
 
 bool MainwndoView::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_list->viewport() && event->type() == QEvent::Resize)
-        layoutColumns();
     if (watched == m_list && event->type() == QEvent::KeyPress && takeKey(static_cast<QKeyEvent*>(event)))
         return true;
     return QMainWindow::eventFilter(watched, event);

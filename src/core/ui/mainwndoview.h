@@ -48,7 +48,6 @@ protected:
 private:
     void refresh();
     void showSelection();
-    void layoutColumns();
     void keepGeometry();
     bool takeKey(const QKeyEvent* event);
     void followAppearance(); // light or dark, from the palette

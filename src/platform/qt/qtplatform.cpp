@@ -127,6 +127,11 @@ bool QtDesktop::openUrl(const QString& url)
     return QDesktopServices::openUrl(QUrl::fromUserInput(url));
 }
 
+bool QtDesktop::darkAppearance() const
+{
+    return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+}
+
 void QtDesktop::processEvents()
 {
     // Repaints and timers may run; clicks and keys wait, so no command starts inside a walk.

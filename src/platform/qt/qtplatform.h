@@ -65,6 +65,7 @@ public:
     QList<QRect> screens() const override;
     bool openUrl(const QString& url) override;
     void processEvents() override;
+    bool darkAppearance() const override;
 };
 
 } // namespace platform::qt

@@ -3,6 +3,7 @@
 #include "clients/ui/addressaddview.h"
 #include "clients/ui/clientpane.h"
 #include "core/texts.h"
+#include "core/ui/jobcolumns.h"
 #include "core/ui/mainwndoview.h"
 #include "core/ui/modalviews.h"
 #include "jobs/ui/jobdialogview.h"
@@ -10,6 +11,7 @@
 #include "jobs/ui/rowviews.h"
 #include "shell/aboutbox.h"
 #include "shell/ui/prefwinview.h"
+#include "shell/ui/statusviews.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -167,14 +169,35 @@ Shell::Shell(Program& program) : m_program(program)
     connect(&m_program, &Program::commandsChanged, this, &Shell::applyCommands);
     connect(&m_program, &Program::listFontChanged, this, &Shell::applyListFont);
     connect(&m_program, &Program::exitRequested, qApp, &QApplication::quit, Qt::QueuedConnection);
+    connect(&m_program, &Program::timesheetWanted, this, &Shell::showTimesheet);
+    qApp->installEventFilter(this); // the desktop's light or dark appearance
     buildStartWindow();
     applyCommands();
 }
 
 Shell::~Shell()
 {
+    m_tray.reset();
+    delete m_strip;
     delete m_view;
     delete m_startWindow;
+}
+
+bool Shell::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
+        m_program.appearanceChanged();
+    return QObject::eventFilter(watched, event);
+}
+
+void Shell::showTimesheet()
+{
+    QMainWindow* window = front();
+    if (window->isMinimized())
+        window->showNormal();
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void Shell::start(const QStringList& documents)
@@ -252,6 +275,8 @@ void Shell::fillMenus(QMenuBar* bar)
 
 void Shell::applyCommands()
 {
+    if (m_view && m_program.mainwndo())
+        m_view->setWindowModified(m_program.mainwndo()->boxchange); // the title's "*"
     const core::MenuItems state = m_program.commandState();
     QWidget* field = focusedTextField();
     for (const auto& [item, action] : m_actions) {
@@ -276,13 +301,11 @@ void Shell::applyListFont(const QString& font, int size)
 {
     if (!m_view)
         return;
-    const QFont chosen = font == prefwin::kSystemFont ? QFont() : QFont(font, size);
-    QFont sized = chosen;
-    sized.setPointSize(size);
-    m_view->ListBox1()->setFont(sized);
+    const QFont chosen = core::ui::listFont(font, size);
+    m_view->ListBox1()->setFont(chosen);
     if (m_pane)
         for (QWidget* list : m_pane->findChildren<QAbstractItemView*>())
-            list->setFont(sized);
+            list->setFont(chosen);
 }
 
 void Shell::showMainwndo(core::Mainwndo* form)
@@ -310,6 +333,9 @@ void Shell::showMainwndo(core::Mainwndo* form)
     connect(form, &core::Mainwndo::controlsChanged, this, &Shell::applyCommands);
     connect(form, &core::Mainwndo::selectionChanged, this, &Shell::applyCommands);
     fillMenus(view->menuBar());
+    m_strip = new StatusWindowView(parts->strip, *form, m_program);
+    if (QSystemTrayIcon::isSystemTrayAvailable())
+        m_tray = std::make_unique<TrayIcon>(parts->menulet, m_program);
     applyCommands();
     m_startWindow->hide();
     // Shown once the event loop is back: a timesheet being read appears whole, not row by row.
@@ -318,12 +344,16 @@ void Shell::showMainwndo(core::Mainwndo* form)
 
 void Shell::closeMainwndoView()
 {
+    // The strip and the tray item live as long as the timesheet window.
+    m_tray.reset();
+    if (m_strip)
+        m_strip->deleteLater();
     if (m_view) {
         m_view->closeRequested = nullptr; // the document has closed: the window goes without asking
         m_view->close();
         m_view->deleteLater();
     }
-    if (!m_program.quitting())
+    if (!m_program.isQuitting())
         m_startWindow->show();
 }
 

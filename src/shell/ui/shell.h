@@ -2,6 +2,7 @@
 
 #include "platform/qt/qtplatform.h"
 #include "shell/program.h"
+#include "shell/ui/statusviews.h"
 
 #include <QObject>
 #include <QPointer>
@@ -42,9 +43,14 @@ public:
 
     Program& program() { return m_program; }
     QMainWindow* startWindow() const { return m_startWindow; }
+    StatusWindowView* strip() const { return m_strip; }
+    TrayIcon* tray() const { return m_tray.get(); }
     platform::EventGate& gate() { return m_program.gate(); }
     // The window in front: the main window while a timesheet is open, else the start window.
     QMainWindow* front() const;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void buildStartWindow();
@@ -54,11 +60,14 @@ private:
     void showMainwndo(core::Mainwndo* form);
     void closeMainwndoView();
     void applyListFont(const QString& font, int size);
+    void showTimesheet();
 
     Program& m_program;
     QMainWindow* m_startWindow = nullptr;
     QPointer<core::ui::MainwndoView> m_view;
     QPointer<QWidget> m_pane;
+    QPointer<StatusWindowView> m_strip;
+    std::unique_ptr<TrayIcon> m_tray;
     std::vector<std::pair<core::Item, QPointer<QAction>>> m_actions;
 };
 

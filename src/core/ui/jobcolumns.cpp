@@ -1,0 +1,118 @@
+#include "core/ui/jobcolumns.h"
+
+#include "core/jobrow.h"
+#include "core/texts.h"
+#include "core/timetext.h"
+
+#include <QEvent>
+#include <QFontDatabase>
+#include <QFontMetrics>
+#include <QHeaderView>
+#include <QStyle>
+#include <QTreeView>
+
+#include <algorithm>
+
+namespace core::ui
+{
+
+namespace
+{
+
+// Room around a cell's text: the view's margins and a little air.
+constexpr int kCellPadding = 7;
+// A client's name as long as most: twelve characters.
+const QString kTwelveLetterClient = QStringLiteral("Northwind Co");
+
+int fit(const QFontMetrics& metrics, const QString& text)
+{
+    return metrics.horizontalAdvance(text) + kCellPadding;
+}
+
+// The widest short date of the locale, over every month of a year, with two-digit days, in bold: the
+// date of a row with a note is bold.
+int widestDate(const QFontMetrics& metrics, const QFont& font)
+{
+    QFont bold = font;
+    bold.setBold(true);
+    const QFontMetrics boldMetrics(bold);
+    int widest = 0;
+    for (int month = 1; month <= 12; ++month)
+        widest = std::max(widest, fit(boldMetrics, shortDate(QDate(2026, month, 28))));
+    return std::max(widest, fit(metrics, Tr::MWDate));
+}
+
+} // namespace
+
+std::array<int, 7> jobColumnWidths(const QFont& font, int width)
+{
+    const QFontMetrics metrics(font);
+    const int letter = metrics.horizontalAdvance(QLatin1Char('n'));
+    std::array<int, 7> least{};
+    least[CellDate] = widestDate(metrics, font);
+    least[CellJob] = fit(metrics, QStringLiteral("A100"));
+    // Project and operation are the first to give way, down to a letter and the ellipsis.
+    least[CellProject] = letter + kCellPadding;
+    least[CellHours] = std::max(fit(metrics, QStringLiteral("100")), fit(metrics, Tr::MWHour));
+    least[CellMinutes] = std::max(fit(metrics, QStringLiteral("59")), fit(metrics, Tr::MWMin));
+    least[CellOperation] = letter + kCellPadding;
+    least[CellClient] = fit(metrics, kTwelveLetterClient);
+
+    std::array<int, 7> widths = least;
+    widths[CellDate] = std::max(least[CellDate], width * 12 / 100);
+    widths[CellJob] = std::max(least[CellJob], width * 12 / 100);
+    widths[CellProject] = std::max(least[CellProject], width * 25 / 100);
+    widths[CellOperation] = std::max(least[CellOperation], width * 20 / 100);
+    int used = 0;
+    for (int c = CellDate; c < CellClient; ++c)
+        used += widths[c];
+    int short_ = used + least[CellClient] - width;
+    for (int c : {CellProject, CellOperation}) {
+        const int give = std::clamp(short_, 0, widths[c] - least[c]);
+        widths[c] -= give;
+        used -= give;
+        short_ -= give;
+    }
+    widths[CellClient] = std::max(least[CellClient], width - used);
+    return widths;
+}
+
+QFont listFont(const QString& family, int size)
+{
+    QFont font = family == QStringLiteral("System") || !QFontDatabase::hasFamily(family) ? QFont() : QFont(family);
+    font.setPointSize(size);
+    return font;
+}
+
+QFont listFont(const AppPrefs& prefs)
+{
+    return listFont(prefs.chosefont, prefs.fontsize);
+}
+
+JobColumns::JobColumns(QTreeView* list) : QObject(list), m_list(list)
+{
+    // The widths below decide; the header's own least width would hold narrow columns wider.
+    list->header()->setMinimumSectionSize(1);
+    list->installEventFilter(this);
+    list->viewport()->installEventFilter(this);
+}
+
+void JobColumns::layout()
+{
+    // Room is always left for the vertical scroll bar, so that a list with few rows and one with many,
+    // side by side, keep the same columns.
+    const int width = m_list->maximumViewportSize().width() - m_list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const std::array<int, 7> widths = jobColumnWidths(m_list->font(), width);
+    for (int c = 0; c < int(widths.size()); ++c)
+        m_list->setColumnWidth(c, widths[size_t(c)]);
+}
+
+bool JobColumns::eventFilter(QObject* watched, QEvent* event)
+{
+    if ((watched == m_list->viewport() && event->type() == QEvent::Resize) ||
+        (watched == m_list && event->type() == QEvent::FontChange))
+        layout();
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace core::ui
