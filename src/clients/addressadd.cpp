@@ -64,6 +64,7 @@ void addressadd::PushButton1_Action()
         m_book.GroupAdd(m_groups[groupnumber], contact);
     m_book.Save(); // the store's own failures are not reported here; the synchronisation shows what stuck
 
+    added = contact.CompanyName;
     m_sync.syncaddressbook2();
     m_sync.host().refreshClientList();
     Visible = false;

@@ -40,6 +40,7 @@ public:
     void PushButton2_Action();
 
     QString groupInfo;
+    QString added; // the company of the contact saved, empty until one is
     TextField nameOne;
     TextField nameTwo;
     TextField nameCompany;

@@ -120,11 +120,12 @@ void ClientSync::addClient()
         showAddressadd();
 }
 
-void ClientSync::showAddressadd()
+QString ClientSync::showAddressadd()
 {
     addressadd sheet(m_book, m_dialogs, m_desktop, *this);
     sheet.Open();
     m_dialogs.showModal(sheet);
+    return sheet.added;
 }
 
 } // namespace clients

@@ -43,8 +43,9 @@ public:
     // addClient2_MouseDown, _FileAddNewClient_Action and the job dialog's add-client item: synchronise,
     // then open the add-contact sheet if the contacts may be read.
     void addClient();
-    // The add-contact sheet alone, for callers that have just synchronised.
-    void showAddressadd();
+    // The add-contact sheet alone, for callers that have just synchronised. The answer is the company
+    // of the client added, or empty.
+    QString showAddressadd();
 
     SyncHost& host() { return m_host; }
 

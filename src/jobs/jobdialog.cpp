@@ -222,11 +222,19 @@ void specialw::popupclnt_Action(int index)
     popupclnt.caption = popupclnt.rows[index].text;
     if (index == 1) {
         m_s.hooks.syncaddressbook2();
-        // Without access to the contacts the message has been given and the caption stays.
+        // Without access to the contacts the message has been given and the caption stays. A client
+        // just added is the one the job is for.
         if (m_s.main.contactsAccess) {
-            m_s.hooks.showAddressadd();
+            const QString added = menuText(m_s.hooks.showAddressadd());
             popupclnt.caption = kNoChoice;
             popupclnt.MenuValue = 2;
+            for (int r = 3; !added.isEmpty() && r < popupclnt.rows.size(); ++r) {
+                if (popupclnt.rows[r].text.compare(added, Qt::CaseInsensitive) == 0) {
+                    popupclnt.caption = popupclnt.rows[r].text;
+                    popupclnt.MenuValue = r;
+                    break;
+                }
+            }
         }
     } else if (index == 0) {
         refreshClientList();

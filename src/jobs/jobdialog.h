@@ -90,8 +90,8 @@ public:
     virtual void joblistupdate() {}
     // Reads the client group of the contacts into the client list file and sets Mainwndo::contactsAccess.
     virtual void syncaddressbook2() {}
-    // "Add New Client": the add-contact sheet, modally.
-    virtual void showAddressadd() {}
+    // "Add New Client": the add-contact sheet, modally. The answer is the client added, or empty.
+    virtual QString showAddressadd() { return {}; }
 };
 
 // What the job dialog and the operations that open it work with.

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 #include <QStandardPaths>
 #include <QTextCodec>
 
@@ -163,9 +164,16 @@ void prefwin::lstfont_Open(const QStringList& systemFonts)
     const bool system = m_prefs.chosefont == kSystemFont;
     lstfont = {system ? kPrefDefaultFont : m_prefs.chosefont, QString()};
     platform::YieldGate gate(m_s.desktop);
-    for (const QString& family : systemFonts) {
-        if (!family.isEmpty())
+    // A family the system knows from several foundries comes as "Family [Foundry]": it is one family.
+    QSet<QString> listed;
+    for (QString family : systemFonts) {
+        const qsizetype foundry = family.indexOf(QStringLiteral(" ["));
+        if (foundry > 0 && family.endsWith(QLatin1Char(']')))
+            family.truncate(foundry);
+        if (!family.isEmpty() && !listed.contains(family.toCaseFolded())) {
+            listed.insert(family.toCaseFolded());
             lstfont << family;
+        }
         gate.step();
     }
     if (!system)
@@ -252,6 +260,14 @@ void prefwin::Slider1_ValueChanged(int value)
     m_s.hooks.setStatusOpacity(Slider1.Value / 100.0);
     m_prefs.statustrans = Slider1.Value;
     Transvalue = QString::number(Slider1.Value) + QLatin1Char('%');
+}
+
+void prefwin::stripes_Action(int red, int green, int blue)
+{
+    m_prefs.red = std::clamp(red, 0, 255);
+    m_prefs.green = std::clamp(green, 0, 255);
+    m_prefs.blue = std::clamp(blue, 0, 255);
+    m_s.hooks.applyStripes();
 }
 
 void prefwin::checkupdates_Change(int row)

@@ -37,6 +37,8 @@ public:
     }
     // An open job dialog reloads its operations menu.
     virtual void refreshOppsList() {}
+    // The lists take the stripe colour of the settings.
+    virtual void applyStripes() {}
     // Writes the settings file (App.saveprefs).
     virtual void saveprefs() {}
 };
@@ -106,6 +108,8 @@ public:
     inline static const QString kPrefCULaunch = QStringLiteral("On Launch");
     inline static const QString kPrefCUDay = QStringLiteral("Daily");
     inline static const QString kPrefCUWeek = QStringLiteral("Weekly");
+    inline static const QString kPrefStripes = QStringLiteral("Stripe Colour");
+    inline static const QString kPrefSelectColor = QStringLiteral("Select a Colour");
     inline static const QString kPrefUpdatesNote =
         QStringLiteral("Updates come from your system's package manager; Veltrick does not look for them itself.");
     inline static const QStringList kNoactivRows = {QStringLiteral("OFF"), QStringLiteral(" 5 Min"),
@@ -224,6 +228,8 @@ public:
     void statusshow_Action(bool on);
     void Slider1_ValueChanged(int value);
     void checkupdates_Change(int row);
+    // The colour well: the colour chosen in the picker, each part 0 to 255, stripes the lists at once.
+    void stripes_Action(int red, int green, int blue);
 
     void readlocaljob();
     bool oplistupdate();            // false: the file could not be written, and the user has been told

@@ -9,7 +9,8 @@
 #include "storage/timesheet_file.h"
 
 #include <QFileInfo>
-#include <QLibraryInfo>
+#include <QHostAddress>
+#include <QNetworkInterface>
 #include <QSysInfo>
 #include <QUrl>
 
@@ -405,7 +406,17 @@ void Program::aboutme()
     about.version = core::App::kAppVersion;
     about.qtVersion = QString::fromLatin1(qVersion());
     about.system = QSysInfo::prettyProductName();
-    about.netLink = m_socket1 && m_socket1->isListening() ? netlink::kWebUrl : Aboutbox::kNetLinkOff;
+    about.netLink = Aboutbox::kNetLinkOff;
+    if (m_socket1 && m_socket1->isListening()) {
+        // The address another device on the network opens; this machine's own when it has no other.
+        about.netLink = netlink::kWebUrl;
+        for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+            if (address.protocol() == QAbstractSocket::IPv4Protocol && !address.isLoopback()) {
+                about.netLink = QStringLiteral("http://%1:%2").arg(address.toString()).arg(m_socket1->Port());
+                break;
+            }
+        }
+    }
     m_s.dialogs.showModal(about);
 }
 

@@ -151,7 +151,7 @@ public:
 
     // jobs::SpecialwHooks
     void syncaddressbook2() override { m_sync.syncaddressbook2(); }
-    void showAddressadd() override { m_sync.showAddressadd(); }
+    QString showAddressadd() override { return m_sync.showAddressadd(); }
     void editOperations() override { showPrefwin(kOperationsTab); }
 
     // shell::PrefwinHooks
@@ -160,6 +160,7 @@ public:
     void netLinkStop() override { m_socket1.reset(); }
     void netLinkListen() override { restartWeb(); }
     void applyListFont(const QString& font, int size) override { emit listFontChanged(font, size); }
+    void applyStripes() override { emit stripesChanged(); }
     void showStatusWindow() override;
     void hideStatusWindow() override;
     void setStatusOpacity(double opacity) override;
@@ -171,6 +172,7 @@ signals:
     void windowClosed();
     void commandsChanged(); // the command state may have changed: whatever shows it shows it again
     void listFontChanged(const QString& font, int size);
+    void stripesChanged();
     void exitRequested();
     void timesheetWanted(); // "Show Timesheet": the main window comes to the front, restored
 

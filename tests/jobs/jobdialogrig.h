@@ -45,7 +45,16 @@ public:
     void editPresetJobs() override { calls << QStringLiteral("editPresetJobs"); }
     void joblistupdate() override { calls << QStringLiteral("joblistupdate"); }
     void syncaddressbook2() override { w->contactsAccess = grantAccess; }
-    void showAddressadd() override { calls << QStringLiteral("showAddressadd"); }
+    // The user adds `added` (nothing when empty); the sync that follows writes it into the client list.
+    QString showAddressadd() override
+    {
+        calls << QStringLiteral("showAddressadd");
+        if (!added.isEmpty() && onAdd)
+            onAdd(added);
+        return added;
+    }
+    QString added;
+    std::function<void(const QString&)> onAdd;
 };
 
 struct JobRig

@@ -223,20 +223,31 @@ private slots:
         QCOMPARE(rig->hooks.calls, QStringList{"joblistupdate"}); // and no preset window
     }
 
+    // Adding a client from the dialog needs the contacts; the client added is then the one chosen.
     void addNewClientNeedsContactsAccess_data()
     {
         QTest::addColumn<bool>("access");
+        QTest::addColumn<QString>("added");
         QTest::addColumn<QString>("caption");
-        QTest::newRow("refused") << false << specialw::kAddNewClient;
-        QTest::newRow("granted") << true << specialw::kNoChoice;
+        QTest::newRow("refused") << false << QString() << specialw::kAddNewClient;
+        QTest::newRow("granted, sheet cancelled") << true << QString() << specialw::kNoChoice;
+        QTest::newRow("granted, client added") << true << "Zed & Co"
+                                               << "Zed && Co";
     }
 
     void addNewClientNeedsContactsAccess()
     {
         QFETCH(bool, access);
+        QFETCH(QString, added);
         QFETCH(QString, caption);
         rig->hooks.grantAccess = access;
+        rig->hooks.added = added;
+        rig->writeClients({QStringLiteral("Acme")});
         auto d = rig->makeDialog(open);
+        rig->hooks.onAdd = [&](const QString& name) {
+            rig->writeClients({QStringLiteral("Acme"), name});
+            d->rebuildClientMenu();
+        };
         d->popupclnt_Action(1);
         QCOMPARE(d->popupclnt.caption, caption);
         QCOMPARE(rig->hooks.calls.contains("showAddressadd"), access);

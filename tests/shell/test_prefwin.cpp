@@ -33,6 +33,7 @@ struct Hooks : PrefwinHooks
     void applyListFont(const QString& font, int size) override { calls << font + QString::number(size); }
     void refreshOppsList() override { calls << QStringLiteral("refresh"); }
     void saveprefs() override { calls << QStringLiteral("saveprefs"); }
+    void applyStripes() override { calls << QStringLiteral("stripes"); }
 };
 
 OperationList someOperations(int count)
@@ -171,7 +172,9 @@ private slots:
         // clang-format on
         desktop.screenList = {QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
         prefwin form(services());
-        form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans")});
+        // A family from two foundries is listed once, without the foundry's tag.
+        form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans [Adobe]"),
+                         QStringLiteral("Sans [URW]"), QStringLiteral("Sans")});
         QVERIFY(prefs.rmteops.isEmpty()); // opening ends the use of a group list
         QCOMPARE(form.Typesize, 3);
         QCOMPARE(form.lstfont, (QStringList{"System Default", "", "Mono", "Sans"}));
@@ -211,6 +214,11 @@ private slots:
         form.statusshow_Action(true);
         QCOMPARE(hooks.calls, (QStringList{"hide", "show"}));
         QCOMPARE(form.Slider1.Value, 40);
+
+        // The colour well stores the picked colour, within 0 to 255, and the lists take it at once.
+        form.stripes_Action(300, 128, -4);
+        QCOMPARE(QList<int>({prefs.red, prefs.green, prefs.blue}), QList<int>({255, 128, 0}));
+        QCOMPARE(hooks.calls.last(), QStringLiteral("stripes"));
     }
 
     void saveStoresTheUserNameAndFont_data()

@@ -34,6 +34,7 @@ public:
     QTreeView* ListBox1() const { return m_list; }
     QPushButton* runButton() const { return m_runButton; }
     QLabel* runtotal() const { return m_runtotal; }
+    TimesheetModel* model() const { return m_model; }
 
 signals:
     void runButtonClicked();

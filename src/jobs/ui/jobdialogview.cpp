@@ -264,7 +264,8 @@ void specialwView::attachMenu(QAbstractButton* button, MenuButton specialw::*men
                 continue;
             }
             QAction* item = popupMenu->addAction(rows.rows[i].text);
-            item->setCheckable(true);
+            // Only the row chosen last carries a mark; the others show no empty box.
+            item->setCheckable(i == rows.MenuValue);
             item->setChecked(i == rows.MenuValue);
             connect(item, &QAction::triggered, this, [this, action, i] { (m_form.*action)(i); });
         }

@@ -3,11 +3,14 @@
 #include "core/texts.h"
 #include "platform/qt/qtplatform.h"
 
+#include "core/ui/jobcolumns.h"
 #include <QActionGroup>
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+
+#include <QColorDialog>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -150,6 +153,19 @@ QWidget* PrefwinView::buildGeneral()
     slider->addWidget(m_Slider1);
     slider->addWidget(m_Transvalue);
     form->addRow(prefwin::kPrefWinTrans, slider);
+
+    m_stripes = button(prefwin::kPrefStripes, QStringLiteral("stripes"), page);
+    connect(m_stripes, &QPushButton::clicked, this, [this] {
+        const core::AppPrefs& prefs = m_form.prefs();
+        const QColor chosen =
+            QColorDialog::getColor(QColor(prefs.red, prefs.green, prefs.blue), this, prefwin::kPrefSelectColor);
+        if (chosen.isValid())
+            forward([&] { m_form.stripes_Action(chosen.red(), chosen.green(), chosen.blue()); });
+    });
+    auto* stripes = new QHBoxLayout;
+    stripes->addWidget(m_stripes);
+    stripes->addStretch();
+    form->addRow(stripes);
 
     m_checkupdates = named(new QComboBox(page), QStringLiteral("checkupdates"));
     m_checkupdates->addItems({prefwin::kPrefCUOff, prefwin::kPrefCULaunch, prefwin::kPrefCUDay, prefwin::kPrefCUWeek});
@@ -312,6 +328,9 @@ void PrefwinView::refresh()
     m_tabs->setCurrentIndex(m_form.TabPanel1);
 
     setText(m_EditField1, m_form.EditField1);
+    QPixmap swatch(16, 16);
+    swatch.fill(QColor(m_form.prefs().red, m_form.prefs().green, m_form.prefs().blue));
+    m_stripes->setIcon(swatch);
     m_noactivpop->setCurrentIndex(m_form.noactivpop);
     if (m_shownFonts != m_form.lstfont) {
         m_lstfont->clear();
@@ -380,10 +399,7 @@ void PrefwinView::refresh()
 
 void PrefwinView::applyListFont()
 {
-    const core::AppPrefs& prefs = m_form.prefs();
-    QFont font = prefs.chosefont == prefwin::kSystemFont ? QApplication::font() : QFont(prefs.chosefont);
-    font.setPointSize(prefs.fontsize);
-    m_opplistnow->setFont(font);
+    m_opplistnow->setFont(core::ui::listFont(m_form.prefs()));
     keepColumnWidth();
     update();
 }

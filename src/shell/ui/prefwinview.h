@@ -70,6 +70,7 @@ private:
     QSlider* m_Slider1;
     QLabel* m_Transvalue;
     QComboBox* m_checkupdates;
+    QPushButton* m_stripes;
 
     QTreeWidget* m_opplistnow;
     QLabel* m_StaticText1;

@@ -6,6 +6,7 @@
 #include "core/ui/jobcolumns.h"
 #include "core/ui/mainwndoview.h"
 #include "core/ui/modalviews.h"
+#include "core/ui/timesheetmodel.h"
 #include "jobs/ui/jobdialogview.h"
 #include "jobs/ui/listwiring.h"
 #include "jobs/ui/rowviews.h"
@@ -168,6 +169,18 @@ Shell::Shell(Program& program) : m_program(program)
     connect(&m_program, &Program::windowClosed, this, &Shell::closeMainwndoView);
     connect(&m_program, &Program::commandsChanged, this, &Shell::applyCommands);
     connect(&m_program, &Program::listFontChanged, this, &Shell::applyListFont);
+    connect(&m_program, &Program::stripesChanged, this, [this] {
+        const core::AppPrefs& prefs = m_program.app().prefs;
+        const QColor stripe(prefs.red, prefs.green, prefs.blue);
+        if (m_view) {
+            m_view->model()->setStripe(stripe);
+            m_view->ListBox1()->viewport()->update();
+        }
+        if (auto* pane = qobject_cast<clients::ui::ClientPane*>(m_pane.data())) {
+            pane->listBox2Model()->setStripe(stripe);
+            pane->ListBox2()->viewport()->update();
+        }
+    });
     connect(&m_program, &Program::exitRequested, qApp, &QApplication::quit, Qt::QueuedConnection);
     connect(&m_program, &Program::timesheetWanted, this, &Shell::showTimesheet);
     qApp->installEventFilter(this); // the desktop's light or dark appearance
@@ -235,6 +248,7 @@ void Shell::buildStartWindow()
     auto* central = new QWidget(window);
     auto* layout = new QVBoxLayout(central);
     layout->addWidget(new QLabel(QStringLiteral("<b>Veltrick</b> %1").arg(core::App::kAppVersion), central));
+    layout->addWidget(new QLabel(kStartHint, central));
     auto* buttons = new QHBoxLayout;
     auto* newButton = new QPushButton(Tr::FMNewTimesheet, central);
     auto* openButton = new QPushButton(Tr::FMOpenTimesheet, central);

@@ -33,6 +33,9 @@ class Shell : public QObject
     Q_OBJECT
 
 public:
+    inline static const QString kStartHint =
+        QStringLiteral("Make a new timesheet, or open one, to start timing your work.");
+
     explicit Shell(Program& program);
     ~Shell() override;
 
