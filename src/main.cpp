@@ -1,4 +1,5 @@
 #include "clients/vcardstore.h"
+#include "platform/qt/dbusnotifier.h"
 #include "shell/ui/shell.h"
 #include "shell/ui/singleinstance.h"
 #include "storage/filestore.h"
@@ -54,8 +55,9 @@ int main(int argc, char* argv[])
     platform::qt::QtTimerFactory timers;
     storage::DiskFileStore files;
     clients::VCardStore contacts(files);
+    platform::qt::DBusNotifier notifier;
     shell::ui::registerViews(dialogs);
-    shell::Program program({clock, desktop, dialogs, timers, files, contacts,
+    shell::Program program({clock, desktop, dialogs, timers, files, contacts, notifier,
                             QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation),
                             QCoreApplication::applicationDirPath()});
     shell::ui::Shell shell(program);

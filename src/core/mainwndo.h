@@ -37,6 +37,8 @@ public:
     virtual void saveAs() {}
     virtual void budgetcheck() {}
     virtual void budgetcheck2() {}
+    // Every job of the timesheet against its budget, as a walk of the selection over every row would.
+    virtual void checkAllBudgets() {}
     virtual void populatelistbox2() {}
     virtual void menuControl() {}
     virtual void statusUpDateDark() {}
@@ -203,6 +205,7 @@ public:
     void Windowfilename();
     void deleteall();
     void markChanged(); // a row was edited: the document is dirty
+    void checkAllBudgets() { m_s.hooks.checkAllBudgets(); }
 
     // Window events.
     bool Event_CancelClose(); // true: the close stops
@@ -222,9 +225,10 @@ signals:
     void rowChanged(int row); // cells of one row of ListBox1
     void selectionChanged();  // ListIndex of ListBox1 moved
     void focusRequested(int list);
-    void closing();  // the window's place is about to be stored: the view says where it is
-    void emptying(); // the document's rows are about to go: the window closes or another is read in
-    void opened();   // a timesheet has been read into the window, or made by New
+    void closing();      // the window's place is about to be stored: the view says where it is
+    void emptying();     // the document's rows are about to go: the window closes or another is read in
+    void opened();       // a timesheet has been read into the window, or made by New
+    void marksChanged(); // the budget marks of rows changed: the lists paint them again
 
 private:
     void selectRow(int index);

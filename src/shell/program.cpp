@@ -1,6 +1,7 @@
 #include "shell/program.h"
 
 #include "core/texts.h"
+#include "core/timetext.h"
 #include "netlink/apptexts.h"
 #include "netlink/stylesheet.h"
 #include "shell/aboutbox.h"
@@ -27,17 +28,45 @@ Program::Window::Window(Program& program, core::Mainwndo& form)
       lists(form, {program.m_s.clock, program.m_s.desktop, clientView},
             {[&program](core::Item item) { return program.commandState().enabled(item); },
              [&program](core::Item item) { program.command(item); }}),
-      strip({form, clientView, program.m_app.prefs, program.m_s.desktop})
+      strip({form, clientView, program.m_app.prefs, program.m_s.desktop}),
+      budgets({form, program.m_joblst, program.m_s.desktop, program.m_s.dialogs, program.m_s.notifier,
+               [&program] { program.updatestatus(); },
+               [&program](const QString& text) { program.noticeFallback(text); },
+               [&program](const QString& job) {
+                   program.m_presets.selectJob(job);
+                   program.m_presets.show();
+               }})
 {}
 
 Program::Program(Services services)
     : m_s(std::move(services)),
       m_app(core::Mainwndo::Services{m_s.clock, m_s.desktop, m_s.dialogs, m_s.timers, *this, m_gate}, *this),
       m_document(m_app, m_s.files, m_s.dialogs, m_s.desktop, m_s.documentsFolder),
+      m_presets(m_joblst, {m_s.files, m_app.prefs, m_s.desktop, m_s.dialogs, storage::prefFolder(),
+                           prefwin::defaultDesktopFolder(), [this] { presetDependants(); },
+                           [this] {
+                               if (m_window)
+                                   m_window->budgets.budgetTotalizer();
+                           },
+                           [this] {
+                               if (mainwndo())
+                                   mainwndo()->budgetNotice = false;
+                           }}),
       m_sync(m_s.contacts, m_s.dialogs, m_s.desktop, m_s.files, storage::prefFile(storage::kClientsFileName), *this)
 {
     m_gate.settled = [this] { emit commandsChanged(); };
+    m_s.notifier.activated = [this](unsigned id) {
+        post([this, id] {
+            if (m_window)
+                m_window->budgets.Event_DidActivateNotification(id);
+        });
+    };
     connect(&m_app, &core::App::mainwndoCreated, this, [this](core::Mainwndo* form) {
+        // The preset list is read with the first window, and stays in memory for the whole run.
+        if (!m_presetsRead) {
+            m_presetsRead = true;
+            m_presets.readlocalprst();
+        }
         m_window = std::make_unique<Window>(*this, *form);
         // A timesheet read or made shows the strip, when the settings want it.
         connect(form, &core::Mainwndo::opened, this, [this] {
@@ -55,6 +84,7 @@ Program::Program(Services services)
 Program::~Program()
 {
     m_gate.settled = nullptr;
+    m_s.notifier.activated = nullptr;
 }
 
 void Program::start(const QStringList& documents)
@@ -91,7 +121,7 @@ void Program::runButton()
 core::MenuItems Program::commandState() const
 {
     core::MenuItems items = m_app.menuState();
-    items.off({core::Item::presetJobs, core::Item::exportmenu, core::Item::FilePrintLayout, core::Item::printit});
+    items.off({core::Item::exportmenu, core::Item::FilePrintLayout, core::Item::printit});
     return items;
 }
 
@@ -138,9 +168,15 @@ void Program::runCommand(core::Item item)
         m_app.closeMainwndo();
         return;
     case Item::switchit:
-        // The budgets are totalled here once preset jobs are kept.
-        if (m_document.switchitConfirmed())
+        if (m_document.switchitConfirmed()) {
+            if (m_window)
+                m_window->budgets.budgetTotalizer();
+            m_presets.joblistupdate();
             m_app.closeMainwndo();
+        }
+        return;
+    case Item::presetJobs:
+        m_presets.show();
         return;
     case Item::FileQuit:
         quit();
@@ -275,6 +311,8 @@ void Program::updatestatus()
     } else {
         const core::JobRow& row = w->ListBox1.selected();
         const QString dash = QStringLiteral(" - ");
+        if (!menulet.notice.contains(QLatin1Char(' ') + row.cell(core::CellJob) + QStringLiteral(" : ")))
+            menulet.notice.clear(); // a notice stays while its job is the selected one
         menulet.Title = row.cell(core::CellHours) + QLatin1Char(':') + row.cell(core::CellMinutes);
         menulet.ToolTip = row.cell(core::CellJob) + dash + row.cell(core::CellProject) + dash +
                           row.cell(core::CellOperation) + dash + menulet.Title;
@@ -352,8 +390,78 @@ void Program::setStatusOpacity(double opacity)
         m_window->strip.setOpacity(opacity);
 }
 
+void Program::budgetcheck()
+{
+    if (m_window)
+        m_window->budgets.budgetcheck();
+}
+
+void Program::budgetcheck2()
+{
+    if (m_window)
+        m_window->budgets.budgetcheck2();
+}
+
+void Program::checkAllBudgets()
+{
+    if (m_window)
+        m_window->budgets.checkAll();
+}
+
+void Program::presetsActivated()
+{
+    post([this] {
+        if (m_window && !mainwndo()->running)
+            m_window->budgets.checkAll();
+    });
+}
+
+void Program::editPresetJobs()
+{
+    m_s.dialogs.showModal(m_presets);
+}
+
+void Program::presetDependants()
+{
+    core::Mainwndo* w = mainwndo();
+    if (!m_app.thisdoc.isEmpty() && w && m_window) {
+        // The first row of the list on show with the job of the selected preset takes the selection,
+        // and so its check; without one, the selected row is checked again.
+        const int preset = m_presets.ListIndex;
+        const QString job = preset >= 0 && preset < m_joblst.size() ? m_joblst[preset].job : QString();
+        const bool client = w->ListBox2Ctl.visible;
+        const core::Timesheet& list = client ? w->ListBox2 : w->ListBox1;
+        int found = -1;
+        for (int r = 0; !job.isEmpty() && r < list.ListCount(); ++r) {
+            if (core::sameText(list.Cell(r, core::CellJob), job)) {
+                found = r;
+                break;
+            }
+        }
+        if (found >= 0 && found == list.ListIndex) {
+            // The row already selected is not selected again: nothing changes, and no check runs.
+        } else if (found >= 0 && client) {
+            m_window->clientView.setListBox2Index(found);
+        } else if (found < 0 || !w->setListIndex(found)) {
+            client ? m_window->budgets.budgetcheck2() : m_window->budgets.budgetcheck();
+        }
+    }
+    if (m_window && m_window->jobs.openDialog())
+        m_window->jobs.openDialog()->refreshJobsList();
+}
+
+void Program::noticeFallback(const QString& text)
+{
+    // No notice service: the status line says it, and the tray's tool tip keeps it.
+    setStatus(text);
+    startTimer2();
+    if (m_window)
+        m_window->menulet.notice = text;
+}
+
 void Program::quitting()
 {
+    m_presets.Event_CancelClose();
     // The strip's place is kept for the next start.
     if (m_window) {
         m_app.prefs.statusleft = m_window->strip.Left;

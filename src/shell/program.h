@@ -1,5 +1,7 @@
 #pragma once
 
+#include "budgets/budgets.h"
+#include "budgets/presetjobs.h"
 #include "clients/clientsync.h"
 #include "clients/clientview.h"
 #include "core/app.h"
@@ -12,6 +14,7 @@
 #include "netlink/socket1.h"
 #include "platform/contacts.h"
 #include "platform/eventgate.h"
+#include "platform/notifier.h"
 #include "shell/prefwin.h"
 #include "shell/statuswindow.h"
 #include "storage/document.h"
@@ -48,6 +51,7 @@ public:
         platform::TimerFactory& timers;
         storage::FileStore& files;
         platform::AddressBook& contacts;
+        platform::Notifier& notifier;
         QString documentsFolder; // where New and Open start
         QString appDir;          // the folder of the executable: style sheet and manual are found from it
     };
@@ -65,6 +69,7 @@ public:
         jobs::ListBehaviour lists;
         statuswindow strip;
         VLKMenulet menulet;
+        budgets::Budgets budgets;
     };
 
     static constexpr int kOperationsTab = 1;
@@ -80,12 +85,13 @@ public:
     storage::Document& document() { return m_document; }
     clients::ClientSync& sync() { return m_sync; }
     platform::EventGate& gate() { return m_gate; }
+    budgets::preSetJobsWin& presets() { return m_presets; }
     // The main window's logic while a timesheet is open, else null.
     core::Mainwndo* mainwndo() const { return m_app.existingMainwndo(); }
     Window* window() const { return m_window.get(); }
     bool isQuitting() const { return m_quitting; }
 
-    // Every command's state now. The windows still to come (preset jobs, export, print) stay off.
+    // Every command's state now. The windows still to come (export, print) stay off.
     core::MenuItems commandState() const;
     // A command from any path. It runs once no other event is under way, and only if the state allows
     // it then; a refused command beeps.
@@ -98,6 +104,8 @@ public:
     void switchJob(int tag);
     // The desktop went from light to dark or back.
     void appearanceChanged() { statusUpDateDark(); }
+    // The preset window came to the front: the hours of the open timesheet's jobs are brought up to date.
+    void presetsActivated();
     // A key of the main window: true when it is the window's (the event that follows is posted).
     bool keyDown(QChar key);
     void openRequested(const QStringList& paths);
@@ -128,8 +136,9 @@ public:
     }
     void saveAs() override { m_document.newSaveAs(); }
     // The budgets are checked here once preset jobs are kept; the check ends in the status.
-    void budgetcheck() override { updatestatus(); }
-    void budgetcheck2() override { updatestatus(); }
+    void budgetcheck() override;
+    void budgetcheck2() override;
+    void checkAllBudgets() override;
     void populatelistbox2() override;
     void menuControl() override;
     void statusUpDateDark() override;
@@ -153,6 +162,8 @@ public:
     void syncaddressbook2() override { m_sync.syncaddressbook2(); }
     QString showAddressadd() override { return m_sync.showAddressadd(); }
     void editOperations() override { showPrefwin(kOperationsTab); }
+    void editPresetJobs() override;
+    void joblistupdate() override { m_presets.joblistupdate(); }
 
     // shell::PrefwinHooks
     bool timesheetOpen() const override { return m_app.existingMainwndo() != nullptr; }
@@ -182,6 +193,8 @@ private:
     void updatestatus();
     void openDocuments(const QStringList& paths);
     void quit();
+    void presetDependants();
+    void noticeFallback(const QString& text);
     void _webo_Action();
     void helpon2();
     void aboutme();
@@ -191,6 +204,8 @@ private:
     core::App m_app;
     storage::Document m_document;
     storage::PresetJobList m_joblst;
+    budgets::preSetJobsWin m_presets;
+    bool m_presetsRead = false;
     std::unique_ptr<Window> m_window;
     clients::ClientSync m_sync;
     QString m_styleSheetTxt;

@@ -122,9 +122,13 @@ public:
     QString ToolTip = statuswindow::kNoJobBullet;
     Image image = Image::StatusUnavailable;
     QList<MenuItem> Menu;
+    QString notice; // a budget notice that no notice service could show
 
-    // The tool tip as the tray shows it: the clock above the job.
-    QString trayToolTip() const { return Title + QLatin1Char('\n') + ToolTip; }
+    // The tool tip as the tray shows it: the clock above the job, and a notice under it.
+    QString trayToolTip() const
+    {
+        return Title + QLatin1Char('\n') + ToolTip + (notice.isEmpty() ? QString() : QLatin1Char('\n') + notice);
+    }
     void setImage(Image value);
 
 signals:

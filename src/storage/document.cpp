@@ -68,6 +68,7 @@ void Document::sesame()
     }
     w.njButton2.enabled = !w.running;
     emit w.controlsChanged();
+    w.checkAllBudgets(); // the budget marks and the preset list's hours, as of this timesheet
     emit w.opened();
 }
 

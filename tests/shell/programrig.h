@@ -40,10 +40,12 @@ struct ProgramRig
         program.reset();
         timers.made.clear();
         program = std::make_unique<shell::Program>(
-            shell::Program::Services{clock, desktop, dialogs, timers, files, contacts, kDocs, QString()});
+            shell::Program::Services{clock, desktop, dialogs, timers, files, contacts, notifier, kDocs, appDir()});
     }
 
     core::Mainwndo* w() const { return program->mainwndo(); }
+    // Where the web page's style sheet is found: the source tree's resources.
+    static QString appDir() { return QStringLiteral(VELTRICK_TREE "/resources"); }
     static FakeTimer& fake(platform::Timer& timer) { return static_cast<FakeTimer&>(timer); }
     void tick() { fake(w()->Timer3()).fire(); }
 
@@ -80,6 +82,7 @@ struct ProgramRig
     FakeTimers timers;
     MemoryFileStore files;
     FakeAddressBook contacts;
+    FakeNotifier notifier;
     std::unique_ptr<shell::Program> program;
 };
 

@@ -110,7 +110,7 @@ private slots:
         QTest::addColumn<bool>("netlook");
         QTest::addColumn<QString>("on");
         const QString app = QStringLiteral("helpon2 aboutme nineprefs");
-        const QString doc = QStringLiteral("saveAs FileQuit FileAddNewClient syncAddressBook ");
+        const QString doc = QStringLiteral("saveAs presetJobs FileQuit FileAddNewClient syncAddressBook ");
         const QString rows =
             QStringLiteral("nujobmenu2 duplicate edjobmenu notey zerorow clearjb2 totaltime2 totaldy2 ");
         QTest::newRow("no timesheet") << State::NoTimesheet << false << "nusheet open openOld FileQuit " + app;
@@ -124,7 +124,7 @@ private slots:
         QTest::newRow("no row selected") << State::NoSelection << false
                                          << "clozeit switchit " + doc + "nujobmenu2 shwnts " + app;
         QTest::newRow("timing") << State::Running << true
-                                << "clozeit switchit saveAs FileQuit shwnts webo statusStop " + app;
+                                << "clozeit switchit saveAs presetJobs FileQuit shwnts webo statusStop " + app;
         QTest::newRow("stopped after a quiet rollover")
             << State::StoppedAfterQuietRollover << false
             << "clozeit switchit " + doc + "notey zerorow clearjb2 shwnts statusStart " + app;

@@ -199,6 +199,7 @@ public:
     QString steps(int count)
     {
         for (m_step = 0; m_step < count; ++m_step) {
+            deleteClosedWindows();
             m_user.saidDontSave = false;
             m_user.changedTotals = false;
             m_injected = false;
@@ -217,6 +218,9 @@ public:
 private:
     shell::Program& program() { return *m_rig.program; }
     Mainwndo* w() { return m_rig.w(); }
+
+    // Windows closed by the program are deleted from the event loop, which a test does not run.
+    static void deleteClosedWindows() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
     void note(const QString& what)
     {

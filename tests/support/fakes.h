@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/notifier.h"
 #include "platform/timer.h"
 
 #include <QStringList>
@@ -123,6 +124,24 @@ public:
     QPoint mouse;
     QList<QRect> screenList{QRect(0, 0, 1920, 1080)};
     QStringList urls;
+};
+
+// Notices kept in a list; with `available` off the desktop has no notice service.
+class FakeNotifier : public platform::Notifier
+{
+public:
+    unsigned notify(const QString& title, const QString& body) override
+    {
+        if (!available)
+            return 0;
+        shown << title + QLatin1Char('|') + body;
+        return unsigned(shown.size());
+    }
+    void withdraw(unsigned id) override { withdrawn << id; }
+
+    bool available = true;
+    QStringList shown;
+    QList<unsigned> withdrawn;
 };
 
 } // namespace testing

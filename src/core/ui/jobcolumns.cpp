@@ -31,14 +31,11 @@ int fit(const QFontMetrics& metrics, const QString& text)
 
 // The widest short date of the locale, over every month of a year, with two-digit days, in bold: the
 // date of a row with a note is bold.
-int widestDate(const QFontMetrics& metrics, const QFont& font)
+int widestDate(const QFontMetrics& metrics, const QFontMetrics& bold)
 {
-    QFont bold = font;
-    bold.setBold(true);
-    const QFontMetrics boldMetrics(bold);
     int widest = 0;
     for (int month = 1; month <= 12; ++month)
-        widest = std::max(widest, fit(boldMetrics, shortDate(QDate(2026, month, 28))));
+        widest = std::max(widest, fit(bold, shortDate(QDate(2026, month, 28))));
     return std::max(widest, fit(metrics, Tr::MWDate));
 }
 
@@ -47,14 +44,18 @@ int widestDate(const QFontMetrics& metrics, const QFont& font)
 std::array<int, 7> jobColumnWidths(const QFont& font, int width)
 {
     const QFontMetrics metrics(font);
+    QFont boldFont = font;
+    boldFont.setBold(true);
+    // A noted row's date and an over-budget row's time are bold.
+    const QFontMetrics bold(boldFont);
     const int letter = metrics.horizontalAdvance(QLatin1Char('n'));
     std::array<int, 7> least{};
-    least[CellDate] = widestDate(metrics, font);
+    least[CellDate] = widestDate(metrics, bold);
     least[CellJob] = fit(metrics, QStringLiteral("A100"));
     // Project and operation are the first to give way, down to a letter and the ellipsis.
     least[CellProject] = letter + kCellPadding;
-    least[CellHours] = std::max(fit(metrics, QStringLiteral("100")), fit(metrics, Tr::MWHour));
-    least[CellMinutes] = std::max(fit(metrics, QStringLiteral("59")), fit(metrics, Tr::MWMin));
+    least[CellHours] = std::max(fit(bold, QStringLiteral("100")), fit(metrics, Tr::MWHour));
+    least[CellMinutes] = std::max(fit(bold, QStringLiteral("59")), fit(metrics, Tr::MWMin));
     least[CellOperation] = letter + kCellPadding;
     least[CellClient] = fit(metrics, kTwelveLetterClient);
 

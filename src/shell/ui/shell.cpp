@@ -1,5 +1,6 @@
 #include "shell/ui/shell.h"
 
+#include "budgets/ui/presetjobsview.h"
 #include "clients/ui/addressaddview.h"
 #include "clients/ui/clientpane.h"
 #include "core/texts.h"
@@ -161,6 +162,12 @@ void registerViews(platform::qt::QtDialogs& dialogs)
     jobs::ui::registerRowViews(dialogs);
     registerPrefwinView(dialogs);
     registerAboutView(dialogs);
+    // Opened from the job dialog, the preset window is modal over it.
+    dialogs.registerView(QStringLiteral("preSetJobsWin"), [](platform::ModalForm& form, QWidget* parent) {
+        auto& presets = static_cast<budgets::preSetJobsWin&>(form);
+        budgets::ui::PresetJobsView view(presets, presets.prefs(), parent);
+        view.exec();
+    });
 }
 
 Shell::Shell(Program& program) : m_program(program)
@@ -183,6 +190,7 @@ Shell::Shell(Program& program) : m_program(program)
     });
     connect(&m_program, &Program::exitRequested, qApp, &QApplication::quit, Qt::QueuedConnection);
     connect(&m_program, &Program::timesheetWanted, this, &Shell::showTimesheet);
+    connect(&m_program.presets(), &budgets::preSetJobsWin::visibilityChanged, this, &Shell::showPresets);
     qApp->installEventFilter(this); // the desktop's light or dark appearance
     buildStartWindow();
     applyCommands();
@@ -190,6 +198,7 @@ Shell::Shell(Program& program) : m_program(program)
 
 Shell::~Shell()
 {
+    delete m_presets;
     m_tray.reset();
     delete m_strip;
     delete m_view;
@@ -201,6 +210,23 @@ bool Shell::eventFilter(QObject* watched, QEvent* event)
     if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
         m_program.appearanceChanged();
     return QObject::eventFilter(watched, event);
+}
+
+void Shell::showPresets()
+{
+    budgets::preSetJobsWin& form = m_program.presets();
+    if (!form.visible) {
+        if (m_presets)
+            m_presets->hide();
+        return;
+    }
+    if (!m_presets) {
+        m_presets = new budgets::ui::PresetJobsView(form, m_program.app().prefs);
+        m_presets->activated = [this] { m_program.presetsActivated(); };
+    }
+    m_presets->show();
+    m_presets->raise();
+    m_presets->activateWindow();
 }
 
 void Shell::showTimesheet()

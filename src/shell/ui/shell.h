@@ -1,5 +1,6 @@
 #pragma once
 
+#include "budgets/ui/presetjobsview.h"
 #include "platform/qt/qtplatform.h"
 #include "shell/program.h"
 #include "shell/ui/statusviews.h"
@@ -64,12 +65,15 @@ private:
     void closeMainwndoView();
     void applyListFont(const QString& font, int size);
     void showTimesheet();
+    void showPresets();
 
     Program& m_program;
     QMainWindow* m_startWindow = nullptr;
     QPointer<core::ui::MainwndoView> m_view;
     QPointer<QWidget> m_pane;
     QPointer<StatusWindowView> m_strip;
+    QPointer<budgets::ui::PresetJobsView> m_presets; // made on first showing, then kept
+
     std::unique_ptr<TrayIcon> m_tray;
     std::vector<std::pair<core::Item, QPointer<QAction>>> m_actions;
 };
