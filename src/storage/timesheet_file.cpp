@@ -13,7 +13,6 @@ namespace
 {
 
 const QString kErrTooShort = QStringLiteral("The file is too short to be a timesheet.");
-const QString kErrBadCount = QStringLiteral("The file holds no valid row count.");
 const QString kErrEndsInRow = QStringLiteral("The file ends early: it breaks off in row %1.");
 const QString kErrEndsBeforeStart = QStringLiteral("The file ends early: the start time of the timer is missing.");
 
@@ -306,45 +305,48 @@ void encodeTimesheet(const core::Timesheet& sheet, QByteArray& out, int* cutFiel
         *cutFields = cuts;
 }
 
-ReadResult decodeTimesheet(const QByteArray& bytes)
+namespace
+{
+
+// One reading of a file: its rows and start time by one byte order's row count, and whether the rows
+// and the two trailing strings end exactly at the end of the file.
+struct Reading
 {
     ReadResult result;
-    ByteReader reader(bytes);
-    qint32 bigEndian = 0;
-    if (!reader.readI32(bigEndian)) {
-        result.error = kErrTooShort;
-        return result;
-    }
-    // Files from the other byte order are told apart by their row count: only one of the two readings
-    // is small enough for the length of the file.
-    const qsizetype fitting = std::max<qsizetype>(0, (bytes.size() - 4 - 2) / kMinRowBytes);
-    qint32 littleEndian = 0;
-    ByteReader(bytes).readI32(littleEndian, true);
-    qint32 count = bigEndian;
-    if ((bigEndian < 0 || bigEndian > fitting) && littleEndian >= 0 && littleEndian <= fitting)
-        count = littleEndian;
-    if (count < 0) {
-        result.error = kErrBadCount;
-        return result;
-    }
+    bool exact = false;
+};
 
-    // A count beyond what the file could hold is read until the bytes run out, never reserved.
+Reading readRows(const QByteArray& bytes, qint32 count)
+{
+    Reading reading;
+    ReadResult& result = reading.result;
+    ByteReader reader(bytes);
+    qint32 skipped = 0;
+    reader.readI32(skipped);
+    // A negative count is a list without rows; a count beyond what the file could hold is read until the
+    // bytes run out, never reserved.
+    count = std::max<qint32>(count, 0);
+    const qsizetype fitting = std::max<qsizetype>(0, (bytes.size() - 4 - 2) / kMinRowBytes);
     result.sheet.rows.reserve(static_cast<size_t>(std::min<qsizetype>(count, fitting)));
     FieldDecoder decoder;
-    QByteArrayView stored;
+    QByteArrayView fields[kFieldsPerRow];
     for (qint32 index = 0; index < count; ++index) {
-        if (!reader.readPascal(stored)) {
+        int read = 0;
+        while (read < kFieldsPerRow && reader.readPascal(fields[read]))
+            ++read;
+        if (read < kFieldsPerRow) {
+            // A row cut short by the end of the file is no row. When just two of its fields are there,
+            // the count was larger than the rows written, and those two are the start time.
+            if (read == 2) {
+                result.sheet.starthrs = decoder.decode(kFieldsPerRow, fields[0]);
+                result.sheet.startmin = decoder.decode(kFieldsPerRow + 1, fields[1]);
+            }
             result.error = kErrEndsInRow.arg(index + 1);
-            return result;
+            return reading;
         }
         core::JobRow& row = result.sheet.rows.emplace_back();
-        row.cells[core::CellDate] = decoder.decode(0, stored);
-        for (int field = 1; field < kFieldsPerRow; ++field) {
-            if (!reader.readPascal(stored)) {
-                result.error = kErrEndsInRow.arg(index + 1);
-                return result;
-            }
-            QString text = decoder.decode(field, stored);
+        for (int field = 0; field < kFieldsPerRow; ++field) {
+            QString text = decoder.decode(field, fields[field]);
             switch (field) {
             case 7:
                 row.run = std::move(text);
@@ -368,12 +370,35 @@ ReadResult decodeTimesheet(const QByteArray& bytes)
     QByteArrayView hours, minutes;
     if (!reader.readPascal(hours) || !reader.readPascal(minutes)) {
         result.error = kErrEndsBeforeStart;
-        return result;
+        return reading;
     }
     result.sheet.starthrs = decoder.decode(kFieldsPerRow, hours);
     result.sheet.startmin = decoder.decode(kFieldsPerRow + 1, minutes);
     result.complete = true;
-    return result;
+    reading.exact = reader.atEnd();
+    return reading;
+}
+
+} // namespace
+
+ReadResult decodeTimesheet(const QByteArray& bytes)
+{
+    qint32 bigEndian = 0;
+    qint32 littleEndian = 0;
+    if (!ByteReader(bytes).readI32(bigEndian) || !ByteReader(bytes).readI32(littleEndian, true)) {
+        ReadResult result;
+        result.error = kErrTooShort;
+        return result;
+    }
+    // Files are written big-endian; a file of the other byte order is the reading that takes the file
+    // exactly, rows and start time ending at its end. Where neither does, the one with more rows wins.
+    Reading big = readRows(bytes, bigEndian);
+    if (big.exact || littleEndian == bigEndian)
+        return std::move(big.result);
+    Reading little = readRows(bytes, littleEndian);
+    if (little.exact || little.result.sheet.ListCount() > big.result.sheet.ListCount())
+        return std::move(little.result);
+    return std::move(big.result);
 }
 
 bool fitsTimesheetField(QStringView text)

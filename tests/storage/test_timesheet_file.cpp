@@ -66,6 +66,8 @@ private slots:
         longest.AddRow(makeRow({QString(186, u'n')}, {}, QString(62, u'€')));
         QTest::newRow("fields at the byte bound") << longest;
         QTest::newRow("many rows") << sampleSheet(500);
+        // Little-endian 65,536 reads 256 in the other order, which would fit the file too.
+        QTest::newRow("65,536 rows") << sampleSheet(65536);
     }
     void roundTrip()
     {
@@ -166,7 +168,6 @@ private slots:
         QTest::newRow("nothing") << QByteArray() << 0;
         QTest::newRow("huge count") << QByteArray("\x7f\xff\xff\xff\x01\x41\x00\x00", 8) << 1;
         QTest::newRow("huge count in both orders") << QByteArray("\x7f\xff\xff\x7f\x00\x00\x00", 7) << 1;
-        QTest::newRow("negative count") << QByteArray("\xff\xff\xff\xfe\x00\x00", 6) << 0;
         QTest::newRow("length past the end") << QByteArray::fromHex("00000001 ff 616263") << 0;
         QTest::newRow("not base64") << (QByteArray("\0\0\0\1", 4) + QByteArray(11, '\x03').replace('\x03', "\x03!!!"))
                                     << 1;
@@ -180,6 +181,30 @@ private slots:
         QVERIFY(!read.error.isEmpty());
         QVERIFY(read.sheet.ListCount() <= maxRows);
         QVERIFY(read.sheet.rows.capacity() <= 16);
+    }
+
+    // A count that does not match the rows: a negative one is a list without rows; a larger one keeps the
+    // rows there are and takes the last two strings as the start time, not as a row.
+    void countsThatDoNotMatch_data()
+    {
+        QTest::addColumn<qint32>("count");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<bool>("complete");
+        QTest::newRow("negative") << qint32(-2) << 0 << true;
+        QTest::newRow("larger than the rows") << qint32(5) << 2 << false;
+    }
+    void countsThatDoNotMatch()
+    {
+        QFETCH(qint32, count);
+        QFETCH(int, rows);
+        Timesheet sheet = sampleSheet(rows);
+        QByteArray bytes = storage::encodeTimesheet(sheet);
+        for (int i = 0; i < 4; ++i)
+            bytes[i] = char(quint32(count) >> (24 - 8 * i));
+        const storage::ReadResult read = storage::decodeTimesheet(bytes);
+        QTEST(read.complete, "complete");
+        QCOMPARE(read.sheet.rows, sheet.rows);
+        QCOMPARE(read.sheet.starthrs + read.sheet.startmin, QStringLiteral("0941"));
     }
 
     void randomBytesDoNotCrash()
