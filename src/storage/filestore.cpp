@@ -38,24 +38,54 @@ bool writeAll(int fd, const char* data, qint64 size)
     return true;
 }
 
+// The file a write replaces: a symbolic link is followed, link after link, so that the link stays a
+// link and its target takes the bytes, as a write in place would.
+QString resolvedTarget(const QString& path)
+{
+    QFileInfo info(path);
+    for (int hops = 0; hops < 40 && info.isSymLink(); ++hops) {
+        const QString target = info.symLinkTarget(); // absolute, relative links resolved
+        if (target.isEmpty())
+            break;
+        info = QFileInfo(target);
+    }
+    return info.absoluteFilePath();
+}
+
 } // namespace
 
 platform::Result DiskFileStore::write(const QString& path, const QByteArray& bytes)
 {
-    const QFileInfo info(path);
+    const QFileInfo info(resolvedTarget(path));
     const QString folder = info.absolutePath();
     if (!QDir().mkpath(folder))
         return platform::Result::failure(EACCES, QStringLiteral("cannot create folder ") + folder);
 
     const QByteArray target = QFile::encodeName(info.absoluteFilePath());
+    struct stat old = {};
+    const bool replacing = ::stat(target.constData(), &old) == 0;
+    if (replacing) {
+        // A file the user may not write stays as it is, as it would for a write in place. A file with no
+        // write permission at all counts as protected even for the administrator.
+        if ((old.st_mode & 0222) == 0 || (::geteuid() != 0 && ::access(target.constData(), W_OK) != 0)) {
+            errno = EACCES;
+            return fromErrno(QStringLiteral("cannot write ") + path);
+        }
+        if (S_ISDIR(old.st_mode)) {
+            errno = EISDIR;
+            return fromErrno(QStringLiteral("cannot write ") + path);
+        }
+    }
     QByteArray temp = target + ".XXXXXX.tmp";
     const int fd = ::mkstemps(temp.data(), 4);
     if (fd < 0)
         return fromErrno(QStringLiteral("cannot create ") + path);
 
-    // Keep the permissions of the file being replaced, or the usual 0644 for a new one.
-    struct stat st = {};
-    ::fchmod(fd, ::stat(target.constData(), &st) == 0 ? (st.st_mode & 07777) : 0644);
+    // The new file keeps the mode and the group of the one it replaces, or the usual 0644.
+    ::fchmod(fd, replacing ? (old.st_mode & 07777) : 0644);
+    // Where the user is not in the group of a shared file, the group cannot be kept; the write goes on.
+    if (replacing && ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0)
+        errno = 0;
 
     if (!writeAll(fd, bytes.constData(), bytes.size()) || ::fsync(fd) != 0) {
         auto result = fromErrno(QStringLiteral("cannot write ") + path);

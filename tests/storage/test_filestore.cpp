@@ -1,0 +1,97 @@
+// The write of every file: atomic and durable, and towards the user's file as a write in place would be:
+// a protected file refused, a link followed, the mode and group kept, nothing left behind on failure.
+#include "storage/filestore.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList leftovers(const QString& folder)
+{
+    return QDir(folder).entryList({QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden);
+}
+
+} // namespace
+
+class TestFileStore : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir;
+    storage::DiskFileStore store;
+
+    QString at(const QString& name) const { return dir.filePath(name); }
+
+private slots:
+    // A read-only file (0444) is refused, for the administrator too, and keeps its bytes.
+    void protectedFileIsRefused()
+    {
+        const QString path = at(QStringLiteral("ro.vlk"));
+        QVERIFY(store.write(path, "old").ok());
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        const platform::Result result = store.write(path, "new");
+        QCOMPARE(result.code, EACCES);
+        QCOMPARE(contents(path), QByteArray("old"));
+        QVERIFY(leftovers(dir.path()).isEmpty());
+    }
+
+    // A link, relative and through a second link, stays a link; its target takes the bytes.
+    void linksAreFollowed()
+    {
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("real")));
+        const QString target = at(QStringLiteral("real/sheet.vlk"));
+        QVERIFY(store.write(target, "old").ok());
+        QVERIFY(::symlink("real/sheet.vlk", QFile::encodeName(at(QStringLiteral("first.vlk"))).constData()) == 0);
+        QVERIFY(::symlink("first.vlk", QFile::encodeName(at(QStringLiteral("second.vlk"))).constData()) == 0);
+        QVERIFY(store.write(at(QStringLiteral("second.vlk")), "new").ok());
+        QVERIFY(QFileInfo(at(QStringLiteral("second.vlk"))).isSymLink());
+        QVERIFY(QFileInfo(at(QStringLiteral("first.vlk"))).isSymLink());
+        QCOMPARE(contents(target), QByteArray("new"));
+        QVERIFY(leftovers(dir.path()).isEmpty() && leftovers(at(QStringLiteral("real"))).isEmpty());
+    }
+
+    // The new file keeps the old one's mode and group.
+    void modeAndGroupKept()
+    {
+        const QString path = at(QStringLiteral("shared.vlk"));
+        QVERIFY(store.write(path, "old").ok());
+        QVERIFY(::chmod(QFile::encodeName(path).constData(), 0640) == 0);
+        const gid_t group = ::getegid() == 0 ? 100 : ::getegid(); // "users" where the tests may change it
+        QVERIFY(::chown(QFile::encodeName(path).constData(), static_cast<uid_t>(-1), group) == 0);
+        QVERIFY(store.write(path, "new").ok());
+        struct stat st = {};
+        QVERIFY(::stat(QFile::encodeName(path).constData(), &st) == 0);
+        QCOMPARE(st.st_mode & 07777, mode_t(0640));
+        QCOMPARE(st.st_gid, group);
+        QCOMPARE(contents(path), QByteArray("new"));
+    }
+
+    // A write that fails leaves no temporary file; many writes leave one file.
+    void failureLeavesNothingBehind()
+    {
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("folder.vlk")));
+        QVERIFY(!store.write(at(QStringLiteral("folder.vlk")), "bytes").ok());
+        QVERIFY(leftovers(dir.path()).isEmpty());
+        QTemporaryDir quiet;
+        for (int i = 0; i < 50; ++i)
+            QVERIFY(store.write(quiet.filePath(QStringLiteral("a.vlk")), QByteArray::number(i)).ok());
+        QCOMPARE(QDir(quiet.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.vlk"});
+        QCOMPARE(contents(quiet.filePath(QStringLiteral("a.vlk"))), QByteArray("49"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFileStore)
+#include "test_filestore.moc"
