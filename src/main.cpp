@@ -47,8 +47,8 @@ int main(int argc, char* argv[])
     QApplication::setQuitOnLastWindowClosed(false);
     const QStringList documents = QApplication::arguments().mid(1);
     shell::ui::SingleInstance instance;
-    if (instance.forwardToRunning(documents))
-        return 0;
+    if (!instance.claim(documents))
+        return 0; // the program that runs already has the timesheets
     platform::SystemClock clock;
     platform::qt::QtDesktop desktop;
     platform::qt::QtDialogs dialogs;
@@ -63,7 +63,6 @@ int main(int argc, char* argv[])
     shell::ui::Shell shell(program);
     application.shell = &shell;
     QObject::connect(&instance, &shell::ui::SingleInstance::openRequested, &shell, &shell::ui::Shell::openRequested);
-    instance.listen();
     shell.start(documents);
     const int code = QApplication::exec();
     application.shell = nullptr; // what the shell's end sends goes past the gate

@@ -4,8 +4,11 @@
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QLockFile>
+#include <QRegularExpression>
+#include <QStandardPaths>
 
-#include <unistd.h>
+#include <memory>
 
 namespace shell::ui
 {
@@ -13,20 +16,44 @@ namespace shell::ui
 namespace
 {
 constexpr int kWaitMs = 500;
+constexpr int kLockWaitMs = 5000;
 constexpr qint64 kMaxMessage = 64 * 1024; // many paths, never an unbounded read
 } // namespace
 
 SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {}
 
-QString SingleInstance::serverName()
+QString SingleInstance::serverPath()
 {
-    return QStringLiteral("veltrick-%1").arg(::getuid());
+    // Per user: the runtime folder is the user's own. Per session: the display it shows on.
+    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    QString session = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (session.isEmpty())
+        session = qEnvironmentVariable("DISPLAY");
+    session.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
+    if (session.isEmpty())
+        session = QStringLiteral("console");
+    return folder + QStringLiteral("/veltrick-") + session + QStringLiteral(".socket");
 }
 
-bool SingleInstance::forwardToRunning(const QStringList& paths)
+bool SingleInstance::claim(const QStringList& paths)
+{
+    // Two launches at the same moment take turns here, so that only one of them can find nobody and
+    // listen. A lock left by a process that died is taken over.
+    QLockFile lock(serverPath() + QStringLiteral(".lock"));
+    lock.setStaleLockTime(kLockWaitMs * 2);
+    lock.tryLock(kLockWaitMs); // without it (a runtime folder we cannot write) the socket alone decides
+    if (forward(paths))
+        return false;
+    listen();
+    return true;
+}
+
+bool SingleInstance::forward(const QStringList& paths)
 {
     QLocalSocket socket;
-    socket.connectToServer(serverName());
+    socket.connectToServer(serverPath());
     if (!socket.waitForConnected(kWaitMs))
         return false;
     QStringList absolute;
@@ -42,11 +69,10 @@ void SingleInstance::listen()
 {
     m_server = new QLocalServer(this);
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!m_server->listen(serverName())) {
-        // A socket left by a crashed run: nobody answered on it, so it is ours to replace.
-        QLocalServer::removeServer(serverName());
-        m_server->listen(serverName());
-    }
+    // Nobody answered on the socket (checked under the lock): one that is there was left by a program
+    // that ended without removing it, and is ours to replace.
+    QLocalServer::removeServer(serverPath());
+    m_server->listen(serverPath());
     connect(m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* client = m_server->nextPendingConnection()) {
             auto buffer = std::make_shared<QByteArray>();

@@ -8,7 +8,8 @@ class QLocalServer;
 namespace shell::ui
 {
 
-// One program per user: a second launch hands its timesheet paths to the running one and ends.
+// One program per user and desktop session: a second launch hands its timesheet paths to the running
+// one and ends. The socket lives in the user's runtime folder, named after the session's display.
 class SingleInstance : public QObject
 {
     Q_OBJECT
@@ -16,16 +17,21 @@ class SingleInstance : public QObject
 public:
     explicit SingleInstance(QObject* parent = nullptr);
 
-    // True when another instance took the paths; this process should then end.
-    bool forwardToRunning(const QStringList& paths);
-    // Starts listening for later launches.
-    void listen();
+    // Decides, under a lock that launches take in turn, whether this process is the one that runs: when
+    // another answers, the paths go to it and the answer is false; otherwise this one listens (replacing
+    // a socket that nobody answers) and the answer is true.
+    bool claim(const QStringList& paths);
+
+    // The socket's path for this user and session.
+    static QString serverPath();
 
 signals:
     void openRequested(const QStringList& paths);
 
 private:
-    static QString serverName();
+    bool forward(const QStringList& paths);
+    void listen();
+
     QLocalServer* m_server = nullptr;
 };
 
