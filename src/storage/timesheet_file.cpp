@@ -334,36 +334,39 @@ Reading readRows(const QByteArray& bytes, qint32 count)
         int read = 0;
         while (read < kFieldsPerRow && reader.readPascal(fields[read]))
             ++read;
-        if (read < kFieldsPerRow) {
-            // A row cut short by the end of the file is no row. When just two of its fields are there,
-            // the count was larger than the rows written, and those two are the start time.
-            if (read == 2) {
-                result.sheet.starthrs = decoder.decode(kFieldsPerRow, fields[0]);
-                result.sheet.startmin = decoder.decode(kFieldsPerRow + 1, fields[1]);
+        // A row cut short by the end of the file keeps the fields that are there, so a date, job and
+        // time survive a lost note. Just two fields are the start time of a count larger than the rows
+        // written.
+        if (read == 2) {
+            result.sheet.starthrs = decoder.decode(kFieldsPerRow, fields[0]);
+            result.sheet.startmin = decoder.decode(kFieldsPerRow + 1, fields[1]);
+        }
+        if (read > 2) {
+            core::JobRow& row = result.sheet.rows.emplace_back();
+            for (int field = 0; field < read; ++field) {
+                QString text = decoder.decode(field, fields[field]);
+                switch (field) {
+                case 7:
+                    row.run = std::move(text);
+                    break;
+                case 8:
+                    row.note = std::move(text);
+                    break;
+                case 9:
+                    row.user = std::move(text);
+                    break;
+                case 10:
+                    row.budget = std::move(text);
+                    break;
+                default:
+                    row.cells[static_cast<size_t>(field)] = std::move(text);
+                    break;
+                }
             }
+        }
+        if (read < kFieldsPerRow) {
             result.error = kErrEndsInRow.arg(index + 1);
             return reading;
-        }
-        core::JobRow& row = result.sheet.rows.emplace_back();
-        for (int field = 0; field < kFieldsPerRow; ++field) {
-            QString text = decoder.decode(field, fields[field]);
-            switch (field) {
-            case 7:
-                row.run = std::move(text);
-                break;
-            case 8:
-                row.note = std::move(text);
-                break;
-            case 9:
-                row.user = std::move(text);
-                break;
-            case 10:
-                row.budget = std::move(text);
-                break;
-            default:
-                row.cells[static_cast<size_t>(field)] = std::move(text);
-                break;
-            }
         }
     }
 
