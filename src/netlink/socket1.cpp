@@ -1,13 +1,15 @@
 #include "netlink/socket1.h"
 
+#include "netlink/connection.h"
 #include "netlink/page.h"
 #include "platform/yieldgate.h"
 
 #include <QHostAddress>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTimer>
 
+#include <deque>
+#include <functional>
 #include <unistd.h>
 
 namespace netlink
@@ -16,11 +18,6 @@ namespace netlink
 namespace
 {
 
-// The most a connection holds unread. The served client is drained on every arrival; a waiting one
-// stops being read at this size, so a client that sends without end costs no more than this.
-constexpr qint64 kReadChunk = 64 * 1024;
-// How long a closed connection may take to hand its last bytes to a slow reader before it is cut.
-constexpr int kLingerMs = 10000;
 // After the system refuses to accept (out of descriptors), wait before trying again.
 constexpr int kAcceptRetryMs = 1000;
 
@@ -39,54 +36,49 @@ QString addressText(const QHostAddress& address)
     return plain.toString();
 }
 
-// Lets a finished connection hand over what it still has to send, then goes away.
-void retire(QTcpSocket* socket, QObject* owner, bool abort)
-{
-    QObject::disconnect(socket, nullptr, owner, nullptr);
-    if (abort) {
-        socket->abort();
-    } else {
-        socket->readAll();
-        socket->disconnectFromHost();
-    }
-    if (socket->state() == QAbstractSocket::UnconnectedState) {
-        socket->deleteLater();
-        return;
-    }
-    QObject::connect(socket, &QAbstractSocket::disconnected, socket, &QObject::deleteLater);
-    QTimer::singleShot(kLingerMs, socket, [socket] {
-        socket->abort();
-        socket->deleteLater();
-    });
-}
-
 } // namespace
 
-// Accepts connections with a bounded read buffer, so a client waiting its turn cannot fill memory.
+// Accepts connections and keeps their descriptors until each one's turn; a browser waiting costs no
+// memory here, the system holds what it sends.
 class NetLinkServer : public QTcpServer
 {
 public:
     using QTcpServer::QTcpServer;
+    ~NetLinkServer() override { dropWaiting(); }
+
+    std::function<void()> arrived;
+
+    bool hasWaiting() const { return !m_waiting.empty(); }
+    int takeWaiting()
+    {
+        const int descriptor = m_waiting.front();
+        m_waiting.pop_front();
+        return descriptor;
+    }
+    void dropWaiting()
+    {
+        for (int descriptor : m_waiting)
+            ::close(descriptor);
+        m_waiting.clear();
+    }
 
 protected:
     void incomingConnection(qintptr descriptor) override
     {
-        auto* socket = new QTcpSocket(this);
-        socket->setReadBufferSize(kReadChunk);
-        if (!socket->setSocketDescriptor(descriptor)) {
-            delete socket;
-            ::close(static_cast<int>(descriptor));
-            return;
-        }
-        addPendingConnection(socket);
+        m_waiting.push_back(int(descriptor));
+        if (arrived)
+            arrived();
     }
+
+private:
+    std::deque<int> m_waiting;
 };
 
 Socket1::Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent)
     : QObject(parent), m_host(host), m_desktop(desktop), m_server(new NetLinkServer(this))
 {
     m_server->setMaxPendingConnections(1);
-    connect(m_server, &QTcpServer::newConnection, this, &Socket1::onNewConnection);
+    m_server->arrived = [this] { onNewConnection(); };
     connect(m_server, &QTcpServer::acceptError, this, [this](QAbstractSocket::SocketError error) {
         m_lastErrorCode = error;
         m_host.setStatus(errorText(error));
@@ -140,6 +132,7 @@ void Socket1::Close()
 {
     dropClient(true);
     m_server->close();
+    m_server->dropWaiting();
 }
 
 void Socket1::onNewConnection()
@@ -152,28 +145,21 @@ void Socket1::serveNext()
 {
     if (m_building)
         return; // the page under way ends first; its end looks for the next client
-    while (!m_client && m_server->isListening() && m_server->hasPendingConnections()) {
-        QTcpSocket* socket = m_server->nextPendingConnection();
-        if (socket->state() != QAbstractSocket::ConnectedState) {
-            socket->deleteLater(); // left while it waited
-            continue;
-        }
-        // Others wait in the system's queue until this one has been served.
-        m_server->pauseAccepting();
-        m_client = socket;
-        ++m_serial;
-        m_tail.clear();
-        m_answered = false;
-        connect(socket, &QTcpSocket::readyRead, this, &Socket1::Socket1_DataAvailable);
-        connect(socket, &QTcpSocket::bytesWritten, this, &Socket1::onBytesWritten);
-        connect(socket, &QTcpSocket::errorOccurred, this, [this, socket](QAbstractSocket::SocketError error) {
-            if (socket == m_client)
-                Socket1_Error(error);
-        });
-        Socket1_Connected();
-        if (m_client == socket && socket->bytesAvailable() > 0)
-            Socket1_DataAvailable();
-    }
+    if (m_client || !m_server->isListening() || !m_server->hasWaiting())
+        return;
+    // Others wait in the system's queue until this one has been served.
+    m_server->pauseAccepting();
+    auto* client = new Connection(m_server->takeWaiting(), this);
+    m_client = client;
+    ++m_serial;
+    m_tail.clear();
+    m_requestComplete = false;
+    m_answered = false;
+    connect(client, &Connection::arrived, this, &Socket1::Socket1_DataAvailable);
+    connect(client, &Connection::readEnded, this, &Socket1::requestEnded);
+    connect(client, &Connection::allWritten, this, &Socket1::Socket1_SendComplete);
+    connect(client, &Connection::failed, this, &Socket1::Socket1_Error);
+    Socket1_Connected();
 }
 
 void Socket1::Socket1_Connected()
@@ -182,22 +168,33 @@ void Socket1::Socket1_Connected()
     m_host.ipnumber() = addressText(m_client->localAddress());
 }
 
-void Socket1::Socket1_DataAvailable()
+void Socket1::Socket1_DataAvailable(const QByteArray& chunk)
 {
-    QTcpSocket* socket = m_client;
-    if (!socket)
+    if (!m_client)
         return;
     m_host.setStatus(kMWDSTxtSending);
-    const bool runningAtStart = m_host.running();
-
     // Only the last four bytes of all that arrived decide whether the request has ended, so they are
     // all that is kept: a request that never ends cannot grow without bound.
-    const QByteArray chunk = socket->readAll();
-    if (!chunk.isEmpty())
-        m_tail = (m_tail + chunk.right(kRequestEnd.size())).right(kRequestEnd.size());
-    if (m_answered || m_building || m_tail != kRequestEnd)
-        return;
+    m_tail = (m_tail + chunk.right(kRequestEnd.size())).right(kRequestEnd.size());
+    if (m_tail == kRequestEnd) {
+        m_requestComplete = true;
+        answer();
+    }
+}
 
+void Socket1::requestEnded()
+{
+    // A browser may close its sending side as soon as its request has ended; the page still goes to
+    // it. One that leaves before the end of its request has gone.
+    if (!m_requestComplete)
+        Socket1_Error(QAbstractSocket::RemoteHostClosedError);
+}
+
+void Socket1::answer()
+{
+    if (m_answered || m_building || !m_client)
+        return;
+    const bool runningAtStart = m_host.running();
     m_building = true;
     const quint64 serial = m_serial;
     platform::YieldGate gate(m_desktop);
@@ -205,7 +202,7 @@ void Socket1::Socket1_DataAvailable()
                                       [&gate] { gate.step(); });
     m_building = false;
     if (m_dropAfterBuild) {
-        retire(m_dropAfterBuild, this, m_dropAbort);
+        retire(m_dropAfterBuild, m_dropAbort);
         m_dropAfterBuild = nullptr;
     }
     // The client may have gone, or the server been closed, while the rows were being written.
@@ -215,17 +212,13 @@ void Socket1::Socket1_DataAvailable()
         return;
     }
     m_answered = true;
-    socket->write(page);
-}
-
-void Socket1::onBytesWritten()
-{
-    if (m_answered && m_client && m_client->bytesToWrite() == 0)
-        Socket1_SendComplete();
+    m_client->write(page);
 }
 
 void Socket1::Socket1_SendComplete()
 {
+    if (!m_answered)
+        return;
     dropClient(false);
     listenAgain();
     m_host.startTimer2();
@@ -235,27 +228,33 @@ void Socket1::Socket1_Error(int code)
 {
     m_lastErrorCode = code;
     m_host.setStatus(errorText(code));
-    dropClient(false);
+    dropClient(true);
     m_host.startTimer2();
     listenAgain();
 }
 
+void Socket1::retire(Connection* client, bool abort)
+{
+    QObject::disconnect(client, nullptr, this, nullptr);
+    abort ? client->abort() : client->finish();
+}
+
 void Socket1::dropClient(bool abort)
 {
-    QTcpSocket* socket = m_client;
+    Connection* client = m_client;
     m_client = nullptr;
     m_tail.clear();
     m_answered = false;
-    if (!socket)
+    if (!client)
         return;
     if (m_building) {
-        // We are inside this socket's own arrival handler: deleting it now would pull the floor away.
-        QObject::disconnect(socket, nullptr, this, nullptr);
-        m_dropAfterBuild = socket;
+        // We are inside this connection's own arrival handler: ending it now would pull the floor away.
+        QObject::disconnect(client, nullptr, this, nullptr);
+        m_dropAfterBuild = client;
         m_dropAbort = abort;
         return;
     }
-    retire(socket, this, abort);
+    retire(client, abort);
 }
 
 void Socket1::listenAgain()

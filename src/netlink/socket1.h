@@ -10,11 +10,10 @@
 #include <QPointer>
 #include <QString>
 
-class QTcpSocket;
-
 namespace netlink
 {
 
+class Connection;
 class NetLinkServer;
 
 // Net Link's one socket: listens on every interface, serves one browser at a time with the page of
@@ -60,25 +59,28 @@ private:
     void onNewConnection();
     void serveNext();
     void Socket1_Connected();
-    void Socket1_DataAvailable();
-    void onBytesWritten();
+    void Socket1_DataAvailable(const QByteArray& chunk);
+    void requestEnded();
+    void answer();
     void Socket1_SendComplete();
     void Socket1_Error(int code);
+    void retire(Connection* client, bool abort);
     void dropClient(bool abort);
     void listenAgain();
 
     NetLinkHost& m_host;
     platform::Desktop& m_desktop;
     NetLinkServer* m_server;
-    QPointer<QTcpSocket> m_client;
+    QPointer<Connection> m_client;
     quint16 m_port = kPort;
     int m_lastErrorCode = 0;
     QByteArray m_tail; // the last bytes received from the client: all that decides a request's end
     bool m_building = false;
     // A client dropped while its page was being built stays alive until the build has returned.
-    QTcpSocket* m_dropAfterBuild = nullptr;
+    Connection* m_dropAfterBuild = nullptr;
     bool m_dropAbort = false;
-    quint64 m_serial = 0; // counts connections, to tell the one a page was built for
+    quint64 m_serial = 0;           // counts connections, to tell the one a page was built for
+    bool m_requestComplete = false; // the empty line that ends a request has arrived
     bool m_answered = false;
 };
 

@@ -9,6 +9,12 @@
 
 #include <memory>
 
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 using namespace netlink;
 
 namespace
@@ -52,6 +58,44 @@ public:
     QByteArray received() { return socket.readAll(); }
 
     QTcpSocket socket;
+};
+
+// A browser that sends its request and closes its sending side at once, as command-line clients do,
+// then reads until the server closes.
+class HalfClosingBrowser
+{
+public:
+    HalfClosingBrowser(quint16 port, const QByteArray& request)
+    {
+        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        m_connected = ::connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
+                      ::send(m_fd, request.constData(), size_t(request.size()), 0) == request.size() &&
+                      ::shutdown(m_fd, SHUT_WR) == 0;
+        ::fcntl(m_fd, F_SETFL, ::fcntl(m_fd, F_GETFL) | O_NONBLOCK);
+    }
+    ~HalfClosingBrowser() { ::close(m_fd); }
+    bool connected() const { return m_connected; }
+    // Takes what has arrived; true once the server has closed.
+    bool readToEnd()
+    {
+        char buffer[65536];
+        for (;;) {
+            const ssize_t n = ::recv(m_fd, buffer, sizeof(buffer), 0);
+            if (n > 0)
+                received.append(buffer, n);
+            else
+                return n == 0 || (errno != EAGAIN && errno != EWOULDBLOCK);
+        }
+    }
+    QByteArray received;
+
+private:
+    int m_fd = -1;
+    bool m_connected = false;
 };
 
 const QByteArray kGet = QByteArrayLiteral("GET / HTTP/1.1\r\nHost: 127.0.0.1:2000\r\n\r\n");
@@ -174,6 +218,33 @@ private slots:
         QTRY_VERIFY(second.closedByServer());
         QCOMPARE(second.received(), expectedPage());
         QCOMPARE(server->LastErrorCode(), int(QAbstractSocket::RemoteHostClosedError));
+    }
+
+    // The request and the end of the browser's sending side arrive together: the whole page still goes
+    // out, a long one too, and the server goes on to the next. Closing before the request ended is
+    // leaving.
+    void halfClosedBrowser_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<bool>("served");
+        QTest::newRow("short page") << kGet << 1 << true;
+        QTest::newRow("long page") << kGet << 20000 << true;
+        QTest::newRow("request not ended") << QByteArray("GET / HTTP/1.0\r\n") << 1 << false;
+    }
+    void halfClosedBrowser()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(int, rows);
+        QFETCH(bool, served);
+        for (int r = 0; r < rows; ++r)
+            host.sheet.AddRow(core::JobRow());
+        HalfClosingBrowser browser(server->Port(), request);
+        QVERIFY(browser.connected());
+        QTRY_VERIFY(browser.readToEnd());
+        QCOMPARE(browser.received, served ? expectedPage() : QByteArray());
+        QCOMPARE(host.statuses.contains(kLeft), !served);
+        QCOMPARE(fetch(), expectedPage());
     }
 
     // A browser that leaves while a long page is being put together gets nothing written to it,
