@@ -164,8 +164,15 @@ void App::Event_UnhandledException(int code, const QString& what)
 {
     Q_UNUSED(what);
     m_s.desktop.beep();
-    m_s.dialogs.message(QStringLiteral("Veltrick - Error [") + QString::number(code) + QStringLiteral("]\n\n") +
-                        kAppUnhandledExecption + kSupportAddress);
+    m_s.dialogs.message(unhandledText(code, QStringLiteral(VELTRICK_SUPPORT_ADDRESS)));
+}
+
+QString App::unhandledText(int code, const QString& supportAddress)
+{
+    const QString head = QStringLiteral("Veltrick - Error [") + QString::number(code) + QStringLiteral("]\n\n");
+    if (supportAddress.isEmpty())
+        return head + kAppUnhandledExecption + QStringLiteral(". (Veltrick ") + kAppVersion + QStringLiteral(")");
+    return head + kAppUnhandledExecption + kAppReportTo + supportAddress;
 }
 
 } // namespace core

@@ -49,9 +49,8 @@ public:
     inline static const QString kWindowMoved =
         QStringLiteral("For your convenience, the Timesheet window has been moved to your main display.");
     inline static const QString kAppUnhandledExecption =
-        QStringLiteral("Ooops... I can't do that!  If this is a repeatable program error, please report it by "
-                       "sending an email to: ");
-    inline static const QString kSupportAddress = QStringLiteral("https://github.com/veltrick/veltrick/issues");
+        QStringLiteral("Ooops... I can't do that!  If this is a repeatable program error, please report it");
+    inline static const QString kAppReportTo = QStringLiteral(" by sending an email to: ");
     inline static const QString kAppRunWarning = QStringLiteral("Veltrick - WARNING!");
     inline static const QString kAppVersion = QStringLiteral("v.8.0");
 
@@ -79,6 +78,9 @@ public:
     void Event_Close();
     void Event_OpenDocument(const QString& path);
     void Event_UnhandledException(int code, const QString& what);
+    // The error message: where to report it when the build names an address (packagers fill it in),
+    // otherwise the version, so that a report says which program it is about.
+    static QString unhandledText(int code, const QString& supportAddress);
 
 signals:
     void mainwndoCreated(core::Mainwndo* window);

@@ -164,6 +164,10 @@ private slots:
         QCOMPARE(desktop.beeps, 1);
         QVERIFY(
             dialogs.messages.first().startsWith(QStringLiteral("Veltrick - Error [-3]\n\nOoops... I can't do that!")));
+        // Without an address from the build the message gives the version; with one, the address.
+        QVERIFY(core::App::unhandledText(2, QString()).endsWith(QStringLiteral("please report it. (Veltrick v.8.0)")));
+        QVERIFY(core::App::unhandledText(2, QStringLiteral("bugs@example.org"))
+                    .endsWith(QStringLiteral("please report it by sending an email to: bugs@example.org")));
     }
 };
 
