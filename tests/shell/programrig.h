@@ -40,7 +40,8 @@ struct ProgramRig
         program.reset();
         timers.made.clear();
         program = std::make_unique<shell::Program>(
-            shell::Program::Services{clock, desktop, dialogs, timers, files, contacts, notifier, kDocs, appDir()});
+            shell::Program::Services{clock, desktop, dialogs, timers, files, contacts,
+                                     desktopNotifier ? *desktopNotifier : notifier, kDocs, appDir()});
     }
 
     core::Mainwndo* w() const { return program->mainwndo(); }
@@ -83,6 +84,8 @@ struct ProgramRig
     MemoryFileStore files;
     FakeAddressBook contacts;
     FakeNotifier notifier;
+    // The desktop's notices instead of the fake, for a test on a real session bus.
+    platform::Notifier* desktopNotifier = nullptr;
     std::unique_ptr<shell::Program> program;
 };
 
