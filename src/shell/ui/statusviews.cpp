@@ -164,11 +164,12 @@ QIcon TrayIcon::drawIcon(VLKMenulet::Image image)
         painter.setPen(QPen(QColor(0, 0, 0, 150), edge));
         painter.setBrush(dotColour(image));
         painter.drawEllipse(face);
-        // Clock hands at ten past ten, white so that they read on every dot.
+        // Clock hands at three o'clock, white so that they read on every dot; hands at ten past ten
+        // would read as a tick mark at tray size.
         const QPointF centre = face.center();
         painter.setPen(QPen(Qt::white, std::max<qreal>(1.5, size / 9.0), Qt::SolidLine, Qt::RoundCap));
-        painter.drawLine(centre, centre + QPointF(-size * 0.2, -size * 0.12));
-        painter.drawLine(centre, centre + QPointF(size * 0.18, -size * 0.26));
+        painter.drawLine(centre, centre + QPointF(0, -size * 0.3));
+        painter.drawLine(centre, centre + QPointF(size * 0.22, 0));
         icon.addPixmap(pixmap);
     }
     return icon;
