@@ -1,9 +1,11 @@
 // The menus of the running program show the one command state at every moment, so that a key of a
 // greyed item does nothing: a shortcut once opened "Add Job..." while a job was timing.
+#include "budgets/ui/presetjobsview.h"
 #include "clients/ui/clientpane.h"
 #include "core/ui/mainwndoview.h"
 #include "shell/programrig.h"
 #include "shell/ui/shell.h"
+#include "storage/preset_file.h"
 
 #include <QAction>
 #include <QHeaderView>
@@ -118,6 +120,47 @@ private slots:
         QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
         QVERIFY(dialogs.scriptDone());
         QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(QLatin1Char('\n'))));
+    }
+
+    // The preset window opens with no job chosen, though its list makes its first row current as it
+    // takes the focus: Delete stays off until the user picks a row. Its headings show in full.
+    void presetWindowOpensWithNothingChosen()
+    {
+        testing::ScriptedDialogs dialogs;
+        testing::ProgramRig rig(dialogs);
+        rig.files.files[storage::prefFile(storage::kPresetJobsFileName)] = storage::encodePresetJobs(
+            {{QStringLiteral("A100"), QStringLiteral("Site"), QStringLiteral("02"), QStringLiteral("00"), {}, {}, {}},
+             {QStringLiteral("B2"), QStringLiteral("Book"), QStringLiteral("09"), QStringLiteral("01"), {}, {}, {}}});
+        const QString sheet = QStringLiteral("/docs/a.vlk");
+        rig.writeSheet(sheet, {rig.row(QStringLiteral("A100"), 30)});
+        rig.make();
+        shell::ui::Shell shell(*rig.program);
+        rig.program->start({sheet});
+        rig.program->command(Item::presetJobs);
+        budgets::ui::PresetJobsView* view = nullptr;
+        for (QWidget* top : QApplication::topLevelWidgets())
+            view = view ? view : qobject_cast<budgets::ui::PresetJobsView*>(top);
+        QVERIFY(view);
+        QTRY_VERIFY(view->isVisible());
+        auto* list = view->findChild<QTreeView*>(QStringLiteral("joblst"));
+        QApplication::setActiveWindow(view);
+        list->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(list->currentIndex().isValid());
+        QCOMPARE(rig.program->presets().ListIndex, -1);
+        QVERIFY(!view->findChild<QPushButton*>(QStringLiteral("killjob"))->isEnabled());
+        for (int column = 0; column < 5; ++column) {
+            const QString heading = list->model()->headerData(column, Qt::Horizontal).toString();
+            QVERIFY2(list->header()->fontMetrics().horizontalAdvance(heading) < list->columnWidth(column) ||
+                         column == 4,
+                     qPrintable(heading));
+        }
+        QVERIFY(list->columnViewportPosition(4) + list->header()->fontMetrics().horizontalAdvance(
+                                                      list->model()->headerData(4, Qt::Horizontal).toString()) <
+                list->viewport()->width());
+
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(1, 1)).center());
+        QCOMPARE(rig.program->presets().ListIndex, 1);
+        QVERIFY(view->findChild<QPushButton*>(QStringLiteral("killjob"))->isEnabled());
     }
 };
 

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QStyle>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -183,11 +184,14 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     buttons->addWidget(m_addjob);
     layout->addLayout(buttons);
 
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& current) {
-                if (!m_refreshing)
-                    m_form.joblst_Change(current.isValid() ? current.row() : -1);
-            });
+    // The selection, not the current row, is the user's choice: the list makes its first row current
+    // when it takes the focus, unselected, and a Delete then would remove a row nobody chose.
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (m_refreshing)
+            return;
+        const QModelIndexList rows = m_list->selectionModel()->selectedRows();
+        m_form.joblst_Change(rows.isEmpty() ? -1 : rows.first().row());
+    });
     connect(m_list, &QTreeView::doubleClicked, this, [this] { m_form.joblst_DoubleClick(); });
     connect(m_fields[0], &QLineEdit::textEdited, this, [this](const QString& t) { m_form.EditField2_TextChange(t); });
     connect(m_fields[1], &QLineEdit::textEdited, this, [this](const QString& t) { m_form.EditField3_TextChange(t); });
@@ -199,7 +203,10 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     connect(&form, &preSetJobsWin::rowsReset, this, &PresetJobsView::showRows);
 
     m_model->setDark(isDark(palette()));
+    // A window stored narrower than its headings need, as the first one is with a wide font, grows.
     resize(std::max(form.Width, 406), std::max(form.Height, 299));
+    if (width() < widthForHeadings())
+        resize(widthForHeadings(), height());
     move(form.Left, form.Top);
     showRows();
 }
@@ -209,16 +216,35 @@ QLineEdit* PresetJobsView::field(int number) const
     return number >= 2 && number <= 5 ? m_fields[number - 2] : nullptr;
 }
 
+int PresetJobsView::headingWidth(int column) const
+{
+    const QString text = m_model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+    return m_list->header()->fontMetrics().horizontalAdvance(text) + kHeadingPadding;
+}
+
+int PresetJobsView::widthForHeadings() const
+{
+    int list = kLeastProjectWidth;
+    for (int column : {0, 2, 3, 4})
+        list += headingWidth(column);
+    // The list's frame, the scroll bar and the window's margins around it.
+    const QMargins margins = layout()->contentsMargins();
+    return list + 2 * m_list->frameWidth() + m_list->style()->pixelMetric(QStyle::PM_ScrollBarExtent) + margins.left() +
+           margins.right();
+}
+
 void PresetJobsView::showRows()
 {
     m_refreshing = true;
     m_model->resetAll();
-    // The shares of the list: job 11%, budget 14%, closed 20%, active 26%, the project the rest.
+    // The job and the hours take the room of their headings, the project the rest.
     const int width = std::max(m_list->viewport()->width(), 380);
-    m_list->setColumnWidth(0, width * 11 / 100);
-    m_list->setColumnWidth(1, width * 29 / 100);
-    m_list->setColumnWidth(2, width * 14 / 100);
-    m_list->setColumnWidth(3, width * 20 / 100);
+    for (int column : {0, 2, 3})
+        m_list->setColumnWidth(column, headingWidth(column));
+    int project = width;
+    for (int column : {0, 2, 3, 4})
+        project -= headingWidth(column);
+    m_list->setColumnWidth(1, std::max(project, kLeastProjectWidth));
     m_refreshing = false;
     refresh();
 }
@@ -229,18 +255,22 @@ void PresetJobsView::refresh()
     const preSetJobsWin::Field* fields[] = {&m_form.EditField2, &m_form.EditField3, &m_form.EditField4,
                                             &m_form.EditField5};
     for (int i = 0; i < 4; ++i) {
-        if (m_fields[i]->text() != fields[i]->Text)
+        if (m_fields[i]->text() != fields[i]->Text) {
             m_fields[i]->setText(fields[i]->Text);
+            // A long project shows from its start, not scrolled to its end, until it is typed in.
+            if (!m_fields[i]->hasFocus())
+                m_fields[i]->setCursorPosition(0);
+        }
         m_fields[i]->setEnabled(fields[i]->Enabled);
     }
     m_addjob->setText(m_form.addjobCaption);
     m_addjob->setEnabled(m_form.addjobEnabled);
     m_addjob->setDefault(m_form.addjobDefault);
     m_killjob->setEnabled(m_form.killjobEnabled);
-    const QModelIndex current = m_form.ListIndex >= 0 ? m_model->index(m_form.ListIndex, 0) : QModelIndex();
-    if (current != m_list->currentIndex()) {
-        if (current.isValid())
-            m_list->setCurrentIndex(current);
+    const QModelIndexList selected = m_list->selectionModel()->selectedRows();
+    if ((selected.isEmpty() ? -1 : selected.first().row()) != m_form.ListIndex) {
+        if (m_form.ListIndex >= 0)
+            m_list->setCurrentIndex(m_model->index(m_form.ListIndex, 0));
         else
             m_list->selectionModel()->clear();
     }

@@ -61,7 +61,13 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    static constexpr int kHeadingPadding = 14;
+    static constexpr int kLeastProjectWidth = 110;
+
     void showRows();
+    int headingWidth(int column) const;
+    // The window width at which every heading shows in full.
+    int widthForHeadings() const;
     void placeFocus();
 
     preSetJobsWin& m_form;
