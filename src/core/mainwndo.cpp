@@ -76,7 +76,25 @@ bool Mainwndo::allows(Item item) const
 
 void Mainwndo::Timer4_Action()
 {
-    m_s.hooks.inactivityCheck();
+    if (m_prefs.waittime == 0)
+        return;
+    using Answer = platform::ActivityProbe::Answer;
+    const Answer answer = m_s.desktop.activity().inputSinceLastCheck();
+    // Where nothing can tell whether the user is there, no warning rather than a false one.
+    if (answer == Answer::Unknown)
+        return;
+    if (answer == Answer::NoInput && !xpath.isEmpty() && running) {
+        ++m_prefs.checktime;
+    } else {
+        m_prefs.checktime = 1;
+        const QPoint mouse = m_s.desktop.mousePosition();
+        m_prefs.positionx = mouse.x();
+        m_prefs.positiony = mouse.y();
+    }
+    if (m_prefs.checktime >= m_prefs.waittime) {
+        m_timer4->setMode(platform::Timer::Off);
+        m_s.hooks.alertnoactive();
+    }
 }
 
 // ---- timing engine ----
@@ -134,9 +152,8 @@ void Mainwndo::allcont()
 {
     if (!ListBox1.hasSelection())
         return;
-    const QDateTime now = m_s.clock.now();
-    if (sameText(ListBox1.selected().cell(CellDate), shortDate(now.date()))) {
-        const ClockMinute start = clockMinute(now);
+    if (selectedIsToday()) {
+        const ClockMinute start = clockMinute(m_s.clock.now());
         ListBox1.starthrs = start.hrs;
         ListBox1.startmin = start.min;
         ListBox1.selected().run = kRunRunning;
@@ -197,7 +214,7 @@ void Mainwndo::livecount()
     ListBox1.starthrs = tick.hrs;
     ListBox1.startmin = tick.min;
     notifyRow();
-    if (!sameText(ListBox1.selected().cell(CellDate), shortDate(now.date()))) {
+    if (!selectedIsToday()) {
         datechecker();
     } else {
         ListBox1.selected().run = kRunRunning;
@@ -205,6 +222,11 @@ void Mainwndo::livecount()
         boxchange = true;
     }
     autosave();
+}
+
+bool Mainwndo::selectedIsToday() const
+{
+    return ListBox1.hasSelection() && sameText(ListBox1.selected().cell(CellDate), shortDate(m_s.clock.now().date()));
 }
 
 void Mainwndo::setstop()

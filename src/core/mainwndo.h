@@ -42,7 +42,8 @@ public:
     virtual void populatelistbox2() {}
     virtual void menuControl() {}
     virtual void statusUpDateDark() {}
-    virtual void inactivityCheck() {}
+    // The user has been away for the set minutes with the job running: beep and show the warning.
+    virtual void alertnoactive() {}
     // The window is going: the preset window, Net Link, the tray item and the status strip go with it.
     virtual void windowClosing() {}
 };
@@ -170,6 +171,8 @@ public:
     void allcont();
     void Allstop();
     void livecount();
+    // Whether the selected row is dated today: time can only go on such a row.
+    bool selectedIsToday() const;
     void setstop();
     void setcont();
     void runButton_Action();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/activity.h"
+
 #include <QList>
 #include <QPoint>
 #include <QRect>
@@ -26,6 +28,8 @@ public:
     virtual int yieldSliceMs() const { return 10; }
     // The desktop's appearance is dark (light text on dark windows).
     virtual bool darkAppearance() const { return false; }
+    // Keyboard and pointer input, for the idle warning.
+    virtual ActivityProbe& activity() = 0;
 };
 
 } // namespace platform

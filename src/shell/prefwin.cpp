@@ -81,6 +81,7 @@ void prefwin::Event_Open(const QStringList& systemFonts)
     for (int row = 0; row < kNoactivRows.size(); ++row)
         if (m_prefs.waittime == kNoactivMinutes[row])
             noactivpop = row;
+    noactivNote = m_s.desktop.activity().available() ? QString() : kPrefNoActivityUnavailable;
     formatMenu = m_prefs.xprtEncoding >= 1 && m_prefs.xprtEncoding <= 3 ? m_prefs.xprtEncoding : 0;
     checkupdates = m_prefs.updatetime >= 0 && m_prefs.updatetime <= 3 ? m_prefs.updatetime : 0;
     Typesize_Open();
@@ -197,7 +198,8 @@ void prefwin::noactivpop_Change(int row)
 {
     noactivpop = row >= 0 && row < kNoactivRows.size() ? row : 0;
     m_prefs.waittime = kNoactivMinutes[noactivpop];
-    // The idle watch counts from this moment, not from a position seen long ago.
+    // The idle watch counts from this moment, not from input or a position seen long ago.
+    m_s.desktop.activity().restart();
     const QPoint mouse = m_s.desktop.mousePosition();
     m_prefs.positionx = mouse.x();
     m_prefs.positiony = mouse.y();

@@ -93,6 +93,8 @@ public:
     // General tab.
     inline static const QString kPrefDefaultUser = QStringLiteral("Default User Name:");
     inline static const QString kPrefNoActivity = QStringLiteral("No Activity Warning:");
+    inline static const QString kPrefNoActivityUnavailable =
+        QStringLiteral("This desktop does not tell when you are away, so the warning cannot come.");
     inline static const QString kPrefFontTxt = QStringLiteral("Font:");
     inline static const QString kPrefFontSize = QStringLiteral("Font Size:");
     inline static const QString kPrefAutoOpen = QStringLiteral("Auto Open Recent Timesheet");
@@ -185,6 +187,8 @@ public:
     // General tab.
     QString EditField1;
     int noactivpop = 0;
+    // Beside the pop-up: why the warning cannot work here, or empty.
+    QString noactivNote;
     QStringList lstfont; // an empty row is a separator
     int lstfontValue = 0;
     int Typesize = 1;

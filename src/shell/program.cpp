@@ -1,5 +1,6 @@
 #include "shell/program.h"
 
+#include "core/noactivity.h"
 #include "core/texts.h"
 #include "core/timetext.h"
 #include "netlink/apptexts.h"
@@ -342,6 +343,21 @@ void Program::menuControl()
         emit m_window->menulet.changed();
     }
     emit commandsChanged();
+}
+
+void Program::alertnoactive()
+{
+    core::Mainwndo* w = mainwndo();
+    if (!m_window || !w)
+        return;
+    m_s.desktop.beep();
+    core::noactivity warning(*w, m_app.prefs, m_s.timers);
+    warning.Event_Open();
+    m_s.dialogs.showModal(warning);
+    warning.Event_Close(); // closed without an answer: the job runs on
+    // New: the idle time goes to a job the user names, dated today.
+    if (warning.ButtonPressed == Tr::MWButtonNew && m_window && mainwndo() == w)
+        m_window->jobs.donewjob(warning.inacH, warning.inacM);
 }
 
 void Program::statusUpDateDark()

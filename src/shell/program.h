@@ -142,6 +142,7 @@ public:
     void populatelistbox2() override;
     void menuControl() override;
     void statusUpDateDark() override;
+    void alertnoactive() override;
     void windowClosing() override { m_socket1.reset(); }
 
     // netlink::NetLinkHost

@@ -171,6 +171,7 @@ private slots:
         prefs.netlook = true; prefs.statustrans = 55; hooks.screen = 1;
         // clang-format on
         desktop.screenList = {QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
+        desktop.probe.canTell = false; // a desktop that does not tell when the user is away
         prefwin form(services());
         // A family from two foundries is listed once, without the foundry's tag.
         form.Event_Open({QStringLiteral("Mono"), QString(), QStringLiteral("Sans [Adobe]"),
@@ -187,11 +188,17 @@ private slots:
         QCOMPARE(form.Left, 1920 + 640 - prefwin::Width / 2);
         QCOMPARE(form.Top, 512 - prefwin::Height / 2);
         QVERIFY(!form.statusshow.Enabled && !form.Slider1.Enabled); // no timesheet, no strip
+        QCOMPARE(form.noactivNote, prefwin::kPrefNoActivityUnavailable);
 
         hooks.open = true;
         hooks.screen = 4; // a screen that is gone: the main one
+        desktop.probe.canTell = true;
         prefwin again(services());
         again.Event_Open({});
+        QVERIFY(again.noactivNote.isEmpty());
+        desktop.probe.input = true; // input before a new setting does not count towards it
+        again.noactivpop_Change(1);
+        QVERIFY(prefs.waittime == 5 && !desktop.probe.input);
         QCOMPARE(again.Left, 960 - prefwin::Width / 2);
         QVERIFY(again.statusshow.Enabled && again.statusshow.Value && again.Slider1.Enabled);
         QCOMPARE(again.Slider1.Value, 55);

@@ -5,6 +5,7 @@
 //
 // VELTRICK_SOAK_SECONDS=n makes soak() run random seeds for n seconds; VELTRICK_SEED=s runs one seed.
 #include "clients/addressadd.h"
+#include "core/noactivity.h"
 #include "core/totalwindows.h"
 #include "jobs/notes.h"
 #include "jobs/rowops.h"
@@ -93,6 +94,18 @@ public:
             p.enablewarn_Action(m_rng.chance(0.7));
             p.stopOnQuit_Action(m_rng.chance(0.6));
             p.Saveprefa_Action();
+        } else if (name == QStringLiteral("noactivity")) {
+            auto& warning = static_cast<noactivity&>(form);
+            if (m_rng.chance(0.5)) {
+                // Minutes pass while the warning waits for the user; the job counts on behind it.
+                m_rig->clock.set(m_rig->clock.now().addSecs(60 + m_rng.below(120)));
+                m_rig->timers.made.back()->fire();
+            }
+            const int button = m_rng.below(3);
+            button == 0   ? warning.PushButton1_Action()
+            : button == 1 ? warning.PushButton2_Action()
+                          : warning.PushButton3_Action();
+            changedTotals = changedTotals || button > 0; // Reset and New take the idle time out
         } else if (name == clients::addressadd::kFormName) {
             static_cast<clients::addressadd&>(form).PushButton2_Action();
         }
@@ -340,7 +353,11 @@ private:
             note(QStringLiteral("tick"));
             tick();
         } else if (kind < 62) {
-            note(QStringLiteral("idle check"));
+            AppPrefs& prefs = program().app().prefs;
+            prefs.waittime = m_rng.pick(QList<int>{0, 2, 5}); // 2: no choice of the menu, but a quick warning
+            m_rig.desktop.probe.input = m_rng.chance(0.2);
+            note(
+                QStringLiteral("idle check, waittime %1, input %2").arg(prefs.waittime).arg(m_rig.desktop.probe.input));
             if (w())
                 ProgramRig::fake(w()->Timer4()).fire();
         } else if (kind < 64) {

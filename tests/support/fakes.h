@@ -10,6 +10,7 @@
 
 #include <deque>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace testing
@@ -91,6 +92,30 @@ private:
     std::deque<QString> m_files;
 };
 
+// Input as the test plays it: `input` is the answer of the next question, and is spent by it.
+class FakeActivity : public platform::ActivityProbe
+{
+public:
+    Answer inputSinceLastCheck() override
+    {
+        ++checks;
+        if (!canTell)
+            return Answer::Unknown;
+        return std::exchange(input, false) ? Answer::Input : Answer::NoInput;
+    }
+    void restart() override
+    {
+        input = false;
+        ++restarts;
+    }
+    bool available() override { return canTell; }
+
+    bool input = false;
+    bool canTell = true;
+    int checks = 0;
+    int restarts = 0;
+};
+
 class FakeDesktop : public platform::Desktop
 {
 public:
@@ -112,6 +137,7 @@ public:
     }
     int yieldSliceMs() const override { return sliceMs; }
     bool darkAppearance() const override { return dark; }
+    platform::ActivityProbe& activity() override { return realActivity ? *realActivity : probe; }
 
     // What arrives while a walk has yielded: a test posts events here to see that they wait.
     std::function<void()> onYield;
@@ -122,6 +148,9 @@ public:
     bool alt = false;
     bool dark = false;
     QPoint mouse;
+    FakeActivity probe;
+    // The desktop's own input watch instead of the fake, for a test on a real X server.
+    platform::ActivityProbe* realActivity = nullptr;
     QList<QRect> screenList{QRect(0, 0, 1920, 1080)};
     QStringList urls;
 };

@@ -2,6 +2,7 @@
 
 #include "core/app.h"
 #include "core/mainwndo.h"
+#include "core/noactivity.h"
 #include "core/totalwindows.h"
 #include "platform/qt/qtplatform.h"
 
@@ -101,12 +102,69 @@ void runNoopps(Noopps& form, QWidget* parent)
     form.ButtonPressed = Tr::MWButtonOK;
 }
 
+// The idle warning, modal on the timesheet window; its inactive time counts on while it is open.
+void runNoactivity(noactivity& form, QWidget* parent)
+{
+    QDialog dialog(parent);
+    dialog.setObjectName(QStringLiteral("noactivity"));
+    dialog.setWindowTitle(noactivity::kNAWinTitle);
+    dialog.setWindowModality(Qt::WindowModal);
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* title = new QLabel(noactivity::kNAWinTitle, &dialog);
+    QFont big = title->font();
+    big.setBold(true);
+    big.setPointSizeF(big.pointSizeF() * 1.2);
+    title->setFont(big);
+    layout->addWidget(title);
+    auto* warning = new QLabel(&dialog);
+    warning->setObjectName(QStringLiteral("StaticText1"));
+    warning->setWordWrap(true);
+    layout->addWidget(warning);
+    auto* times = new QFormLayout;
+    auto* stopped = new QLabel(&dialog);
+    stopped->setObjectName(QStringLiteral("alrt"));
+    auto* inactive = new QLabel(&dialog);
+    inactive->setObjectName(QStringLiteral("inac"));
+    QFont bold = stopped->font();
+    bold.setBold(true);
+    stopped->setFont(bold);
+    inactive->setFont(bold);
+    times->addRow(noactivity::kNAWinActivityStopped, stopped);
+    times->addRow(noactivity::kNAWinTimeSet, inactive);
+    layout->addLayout(times);
+    auto* text = new QLabel(noactivity::kNAWinMainText, &dialog);
+    text->setWordWrap(true);
+    text->setMinimumWidth(420);
+    layout->addWidget(text);
+    auto* buttons = new QDialogButtonBox(&dialog);
+    QPushButton* next = buttons->addButton(Tr::MWButtonContinue, QDialogButtonBox::AcceptRole);
+    QPushButton* reset = buttons->addButton(Tr::MWButtonReset, QDialogButtonBox::DestructiveRole);
+    QPushButton* fresh = buttons->addButton(Tr::MWButtonNew, QDialogButtonBox::ActionRole);
+    next->setDefault(true);
+    layout->addWidget(buttons);
+    const auto refresh = [&] {
+        warning->setText(form.StaticText1);
+        stopped->setText(form.alrthr + QStringLiteral(" : ") + form.alrtmn);
+        inactive->setText(form.inacH + QStringLiteral(" : ") + form.inacM);
+    };
+    refresh();
+    QObject::connect(&form, &noactivity::changed, &dialog, refresh);
+    QObject::connect(&form, &noactivity::closeRequested, &dialog, &QDialog::accept);
+    QObject::connect(next, &QPushButton::clicked, &dialog, [&form] { form.PushButton1_Action(); });
+    QObject::connect(reset, &QPushButton::clicked, &dialog, [&form] { form.PushButton2_Action(); });
+    QObject::connect(fresh, &QPushButton::clicked, &dialog, [&form] { form.PushButton3_Action(); });
+    dialog.exec();
+}
+
 } // namespace
 
 void registerModalViews(platform::qt::QtDialogs& dialogs)
 {
     dialogs.registerView(QStringLiteral("noopps"),
                          [](platform::ModalForm& f, QWidget* parent) { runNoopps(static_cast<Noopps&>(f), parent); });
+    dialogs.registerView(QStringLiteral("noactivity"), [](platform::ModalForm& f, QWidget* parent) {
+        runNoactivity(static_cast<noactivity&>(f), parent);
+    });
     dialogs.registerView(QStringLiteral("dupitwndo"), [](platform::ModalForm& f, QWidget* parent) {
         runDupitwndo(static_cast<Dupitwndo&>(f), parent);
     });

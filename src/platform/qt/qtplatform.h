@@ -2,6 +2,7 @@
 
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/qt/desktopactivity.h"
 #include "platform/timer.h"
 
 #include <QPointer>
@@ -66,6 +67,10 @@ public:
     bool openUrl(const QString& url) override;
     void processEvents() override;
     bool darkAppearance() const override;
+    ActivityProbe& activity() override { return m_activity; }
+
+private:
+    DesktopActivity m_activity;
 };
 
 } // namespace platform::qt

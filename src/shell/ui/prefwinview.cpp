@@ -106,6 +106,9 @@ QWidget* PrefwinView::buildGeneral()
     m_noactivpop = named(new QComboBox(page), QStringLiteral("noactivpop"));
     m_noactivpop->addItems(prefwin::kNoactivRows);
     form->addRow(prefwin::kPrefNoActivity, m_noactivpop);
+    m_noactivNote = named(new QLabel(page), QStringLiteral("noactivNote"));
+    m_noactivNote->setWordWrap(true);
+    form->addRow(QString(), m_noactivNote);
     connect(m_noactivpop, &QComboBox::activated, this,
             [this](int row) { forward([&] { m_form.noactivpop_Change(row); }); });
 
@@ -332,6 +335,8 @@ void PrefwinView::refresh()
     swatch.fill(QColor(m_form.prefs().red, m_form.prefs().green, m_form.prefs().blue));
     m_stripes->setIcon(swatch);
     m_noactivpop->setCurrentIndex(m_form.noactivpop);
+    m_noactivNote->setText(m_form.noactivNote);
+    m_noactivNote->setVisible(!m_form.noactivNote.isEmpty());
     if (m_shownFonts != m_form.lstfont) {
         m_lstfont->clear();
         for (const QString& row : m_form.lstfont) {

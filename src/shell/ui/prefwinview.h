@@ -59,6 +59,7 @@ private:
 
     QLineEdit* m_EditField1;
     QComboBox* m_noactivpop;
+    QLabel* m_noactivNote;
     QComboBox* m_lstfont;
     QComboBox* m_Typesize;
     QCheckBox* m_recentsheet;
