@@ -5,7 +5,7 @@ CMAKE_FLAGS ?=
 
 DEBS := cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon libxcb-screensaver0-dev \
-        libwayland-dev wayland-protocols xdotool
+        libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils
 
 .PHONY: all deps configure build run test soak bench format clean
 

@@ -48,7 +48,7 @@ struct AppPrefs
     int presetwinWidth = 406;
     QString exportFormat = QStringLiteral("xls");
     int updatetime = 1;
-    int xprtEncoding = 0;
+    int xprtEncoding = 1; // UTF-8: what Linux programs read by default
 
     // Not stored: set at start-up.
     int col1 = 10;

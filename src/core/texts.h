@@ -15,6 +15,7 @@ inline const QString MWButtonDontSave = QStringLiteral("Don't Save");
 inline const QString MWButtonContinue = QStringLiteral("Continue");
 inline const QString MWButtonReset = QStringLiteral("Reset");
 inline const QString MWButtonNew = QStringLiteral("New");
+inline const QString MWButtonPrint = QStringLiteral("Print");
 inline const QString SaveMenuText = QStringLiteral("Save");
 inline const QString CMStart = QStringLiteral("Start Timer");
 inline const QString CMStop = QStringLiteral("Stop Timer");

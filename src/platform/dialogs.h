@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/report.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -46,6 +48,8 @@ public:
     virtual QString saveFile(const QString& title, const QString& prompt, const QString& dir,
                              const QString& suggestedName, const QString& filter) = 0;
     virtual QString openFile(const QString& title, const QString& dir, const QString& filter) = 0;
+    // The print dialog, then the report on the printer or PDF file chosen there; false: cancelled.
+    virtual bool print(const Report& report) = 0;
 };
 
 } // namespace platform

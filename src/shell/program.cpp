@@ -6,6 +6,7 @@
 #include "netlink/apptexts.h"
 #include "netlink/stylesheet.h"
 #include "shell/aboutbox.h"
+#include "shell/printforms.h"
 #include "storage/clients_file.h"
 #include "storage/operations_file.h"
 #include "storage/timesheet_file.h"
@@ -121,9 +122,7 @@ void Program::runButton()
 
 core::MenuItems Program::commandState() const
 {
-    core::MenuItems items = m_app.menuState();
-    items.off({core::Item::exportmenu, core::Item::FilePrintLayout, core::Item::printit});
-    return items;
+    return m_app.menuState();
 }
 
 bool Program::keyDown(QChar key)
@@ -242,8 +241,23 @@ void Program::runCommand(core::Item item)
     case Item::statusStop:
         w->_statusStop_Action();
         break;
+    case Item::FilePrintLayout: {
+        printsetup form(m_app.prefs);
+        form.Event_Open();
+        m_s.dialogs.showModal(form);
+        break;
+    }
+    case Item::printit: {
+        pntops form(w->ListBox1, m_app.prefs, m_s.dialogs,
+                    QLocale().toString(m_s.clock.now().date(), QLocale::LongFormat));
+        m_s.dialogs.showModal(form);
+        break;
+    }
+    case Item::exportmenu:
+        exportmenu(*w);
+        break;
     default:
-        break; // the items of the windows still to come, and the text fields' own Cut, Copy and Paste
+        break; // the text fields' own Cut, Copy and Paste
     }
 }
 
@@ -264,6 +278,18 @@ void Program::firstRun()
     core::Noopps welcome;
     m_s.dialogs.showModal(welcome);
     showPrefwin(kOperationsTab); // it cannot be left without an operation
+}
+
+void Program::exportmenu(core::Mainwndo& w)
+{
+    // With Alt the item reads "Export Options..." and opens their tab of the preferences.
+    if (m_s.desktop.altDown()) {
+        showPrefwin(kExportTab);
+        return;
+    }
+    xpops form({w, m_app.prefs, m_s.dialogs, m_s.files, m_s.clock, prefwin::defaultDesktopFolder()});
+    form.Event_Open();
+    m_s.dialogs.showModal(form);
 }
 
 void Program::showPrefwin(int tab)

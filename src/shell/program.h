@@ -73,6 +73,7 @@ public:
     };
 
     static constexpr int kOperationsTab = 1;
+    static constexpr int kExportTab = 2;
 
     explicit Program(Services services);
     ~Program() override;
@@ -113,6 +114,7 @@ public:
 
     // The preferences window on the given tab, or on the one it was left on (-1).
     void showPrefwin(int tab);
+    void exportmenu(core::Mainwndo& w);
     // Net Link on or off as the settings say; the Connect button of the preferences restarts it.
     void restartWeb();
     netlink::Socket1* socket1() const { return m_socket1.get(); }

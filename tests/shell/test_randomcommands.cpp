@@ -10,6 +10,7 @@
 #include "jobs/notes.h"
 #include "jobs/rowops.h"
 #include "programrig.h"
+#include "shell/printforms.h"
 
 #include <QElapsedTimer>
 #include <QtTest>
@@ -94,6 +95,24 @@ public:
             p.enablewarn_Action(m_rng.chance(0.7));
             p.stopOnQuit_Action(m_rng.chance(0.6));
             p.Saveprefa_Action();
+        } else if (name == QStringLiteral("pntops") || name == QStringLiteral("xpops")) {
+            auto& choice = static_cast<shell::RowChoice&>(form);
+            const int rows = m_rig->program->mainwndo() ? m_rig->program->mainwndo()->ListBox1.ListCount() : 0;
+            for (int i = 0; i < 3; ++i)
+                choice.tick(m_rng.below(rows + 1) - 1, m_rng.chance(0.7));
+            choice.RadioButton_Action(shell::Scope(m_rng.below(name == QStringLiteral("xpops") ? 5 : 4)));
+            if (name == QStringLiteral("xpops")) {
+                auto& x = static_cast<shell::xpops&>(form);
+                x.formatMenu_Change(m_rng.below(4));
+                m_rng.chance(0.8) ? x.PushButton1_Action() : x.PushButton2_Action();
+            } else {
+                auto& p = static_cast<shell::pntops&>(form);
+                m_rng.chance(0.8) ? p.PushButton1_Action() : p.PushButton2_Action();
+            }
+        } else if (name == QStringLiteral("printsetup")) {
+            auto& p = static_cast<shell::printsetup&>(form);
+            p.shetitle = text(m_rng.below(30));
+            p.saveme_Action();
         } else if (name == QStringLiteral("noactivity")) {
             auto& warning = static_cast<noactivity&>(form);
             if (m_rng.chance(0.5)) {
@@ -111,8 +130,12 @@ public:
         }
     }
 
-    QString saveFile(const QString&, const QString&, const QString&, const QString&, const QString&) override
+    bool print(const platform::Report&) override { return m_rng.chance(0.5); }
+
+    QString saveFile(const QString& title, const QString&, const QString&, const QString&, const QString&) override
     {
+        if (title == shell::xpops::kXPWinTitle)
+            return m_rng.chance(0.7) ? QStringLiteral("/docs/export.xls") : QString();
         return m_rng.chance(0.7) ? QStringLiteral("/docs/s%1.vlk").arg(m_rng.below(3)) : QString();
     }
 

@@ -78,12 +78,18 @@ public:
     {
         m_modals.push_back({formName, std::move(handler)});
     }
+    bool print(const platform::Report& report) override
+    {
+        printed << report;
+        return true;
+    }
     void expectFile(const QString& path) { m_files.push_back(path); }
     bool scriptDone() const { return m_answers.empty() && m_modals.empty() && m_files.empty(); }
 
     QStringList messages;
     QList<platform::Question> questions;
     QStringList modalsShown;
+    QList<platform::Report> printed;
     QStringList errors;
 
 private:

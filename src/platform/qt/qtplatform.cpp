@@ -1,11 +1,15 @@
 #include "platform/qt/qtplatform.h"
 
+#include "platform/qt/reportprinter.h"
+
 #include <QApplication>
 #include <QCursor>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QPushButton>
 #include <QScreen>
 #include <QUrl>
@@ -89,6 +93,17 @@ QString QtDialogs::saveFile(const QString& title, const QString& prompt, const Q
 QString QtDialogs::openFile(const QString& title, const QString& dir, const QString& filter)
 {
     return QFileDialog::getOpenFileName(parentWindow(), title, dir, filter);
+}
+
+bool QtDialogs::print(const Report& report)
+{
+    // With no printer installed the dialog still offers a PDF file.
+    QPrinter printer(QPrinter::HighResolution);
+    QPrintDialog dialog(&printer, parentWindow());
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    paintReport(printer, report);
+    return true;
 }
 
 void QtDesktop::beep()

@@ -48,6 +48,7 @@ public:
     QString saveFile(const QString& title, const QString& prompt, const QString& dir, const QString& suggestedName,
                      const QString& filter) override;
     QString openFile(const QString& title, const QString& dir, const QString& filter) override;
+    bool print(const Report& report) override;
 
     void registerView(const QString& formName, ViewRunner runner) { m_views[formName] = std::move(runner); }
 

@@ -13,6 +13,7 @@
 #include "jobs/ui/rowviews.h"
 #include "shell/aboutbox.h"
 #include "shell/ui/prefwinview.h"
+#include "shell/ui/printviews.h"
 #include "shell/ui/statusviews.h"
 
 #include <QAbstractItemView>
@@ -162,6 +163,7 @@ void registerViews(platform::qt::QtDialogs& dialogs)
     jobs::ui::registerRowViews(dialogs);
     registerPrefwinView(dialogs);
     registerAboutView(dialogs);
+    registerPrintViews(dialogs);
     // Opened from the job dialog, the preset window is modal over it.
     dialogs.registerView(QStringLiteral("preSetJobsWin"), [](platform::ModalForm& form, QWidget* parent) {
         auto& presets = static_cast<budgets::preSetJobsWin&>(form);
