@@ -3,7 +3,7 @@ BUILD ?= build
 JOBS ?= 2
 CMAKE_FLAGS ?=
 
-DEBS := cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
+DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon libxcb-screensaver0-dev \
         libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils
 
