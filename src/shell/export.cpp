@@ -15,6 +15,7 @@ namespace
 
 const QString kReportDate = QStringLiteral("Report Date: ");
 const QString kTotalTime = QStringLiteral("Total Time:");
+const QString kExportTitle = QStringLiteral("Veltrick Export"); // the sheet's name where a program shows one
 const QStringList kHeadings = {QStringLiteral("Date"),   QStringLiteral("Job No."), QStringLiteral("Project"),
                                QStringLiteral("Hours"),  QStringLiteral("Minutes"), QStringLiteral("Operation"),
                                QStringLiteral("Client"), QStringLiteral("Notes")};
@@ -209,8 +210,8 @@ QByteArray exportBytes(const core::Timesheet& list, const std::vector<int>& rows
 {
     const QList<QStringList> lines = table(list, rows, options, reportDate);
     int unheld = 0;
-    const QString text = fitEncoding(options.xls ? htmlText(lines, options, kHeadings.first()) : tabText(lines),
-                                     options.encoding, unheld);
+    const QString text =
+        fitEncoding(options.xls ? htmlText(lines, options, kExportTitle) : tabText(lines), options.encoding, unheld);
     if (replaced)
         *replaced = unheld;
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
