@@ -33,8 +33,7 @@ void noactivity::Event_Open()
     alrtmn = fmt00(stopped % 60);
     inacH = fmt00(0);
     inacM = fmt00(m_prefs.waittime);
-    open = true;
-    ButtonPressed.clear();
+    ButtonPressed.clear(); // open until a button names itself here
     m_inactivTmr->setMode(platform::Timer::Multiple);
     emit changed();
 }
@@ -73,7 +72,7 @@ void noactivity::PushButton3_Action()
 
 void noactivity::Event_Close()
 {
-    if (open)
+    if (ButtonPressed.isEmpty())
         PushButton1_Action();
 }
 
@@ -92,7 +91,6 @@ void noactivity::resetRow()
 void noactivity::close(const QString& button)
 {
     m_inactivTmr->setMode(platform::Timer::Off);
-    open = false;
     ButtonPressed = button;
     emit closeRequested();
 }

@@ -48,7 +48,6 @@ public:
     QString StaticText1;
     QString alrthr, alrtmn; // the job's time when activity stopped
     QString inacH, inacM;   // inactive time so far
-    bool open = false;
 
 signals:
     void changed();

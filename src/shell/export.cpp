@@ -174,8 +174,12 @@ std::optional<std::vector<int>> chooseRows(const core::Timesheet& list, Scope sc
 {
     std::vector<int> rows;
     if (scope == Scope::All || scope == Scope::Custom) {
+        std::vector<bool> on(size_t(list.ListCount()), scope == Scope::All);
+        for (int row : ticked)
+            if (row >= 0 && row < list.ListCount())
+                on[size_t(row)] = true;
         for (int i = 0; i < list.ListCount(); ++i)
-            if (scope == Scope::All || ticked.contains(i))
+            if (on[size_t(i)])
                 rows.push_back(i);
         return rows;
     }
@@ -191,11 +195,16 @@ std::optional<std::vector<int>> chooseRows(const core::Timesheet& list, Scope sc
     return rows;
 }
 
+Encoding exportEncoding(const core::AppPrefs& prefs)
+{
+    return prefs.xprtEncoding >= 1 && prefs.xprtEncoding <= 3 ? Encoding(prefs.xprtEncoding) : Encoding::MacRoman;
+}
+
 ExportOptions ExportOptions::fromPrefs(const core::AppPrefs& prefs)
 {
     ExportOptions o;
     o.xls = prefs.exportFormat != QLatin1String("txt");
-    o.encoding = prefs.xprtEncoding >= 1 && prefs.xprtEncoding <= 3 ? Encoding(prefs.xprtEncoding) : Encoding::MacRoman;
+    o.encoding = exportEncoding(prefs);
     o.reportDate = prefs.expdt;
     o.headings = prefs.exphd;
     o.notes = prefs.expnt;

@@ -35,6 +35,13 @@ enum class Encoding
     WindowsAnsi
 };
 
+// Their names, as the two encoding menus show them.
+inline const QStringList kEncodingRows = {QStringLiteral("MacRoman"), QStringLiteral("UTF-8"), QStringLiteral("UTF-16"),
+                                          QStringLiteral("Windows (ANSI)")};
+
+// The encoding the setting names; a value out of range is MacRoman.
+Encoding exportEncoding(const core::AppPrefs& prefs);
+
 struct ExportOptions
 {
     bool xls = true; // an HTML table that spreadsheets open as a sheet; otherwise tab-separated text

@@ -82,7 +82,7 @@ void prefwin::Event_Open(const QStringList& systemFonts)
         if (m_prefs.waittime == kNoactivMinutes[row])
             noactivpop = row;
     noactivNote = m_s.desktop.activity().available() ? QString() : kPrefNoActivityUnavailable;
-    formatMenu = m_prefs.xprtEncoding >= 1 && m_prefs.xprtEncoding <= 3 ? m_prefs.xprtEncoding : 0;
+    formatMenu = int(exportEncoding(m_prefs));
     checkupdates = m_prefs.updatetime >= 0 && m_prefs.updatetime <= 3 ? m_prefs.updatetime : 0;
     Typesize_Open();
     lstfont_Open(systemFonts);

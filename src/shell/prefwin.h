@@ -3,6 +3,7 @@
 #include "core/appprefs.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "shell/export.h"
 #include "storage/filestore.h"
 #include "storage/operations_file.h"
 
@@ -161,8 +162,7 @@ public:
     inline static const QString kPrefMSExcelFile = QStringLiteral("Export as Microsoft Excel file");
     inline static const QString kPrefTextFile = QStringLiteral("Export as Text file");
     inline static const QString kPrefFileFormat = QStringLiteral("Text Encoding for Export:");
-    inline static const QStringList kFormatRows = {QStringLiteral("MacRoman"), QStringLiteral("UTF-8"),
-                                                   QStringLiteral("UTF-16"), QStringLiteral("Windows (ANSI)")};
+    inline static const QStringList& kFormatRows = kEncodingRows;
 
     static constexpr int Width = 400;
     static constexpr int Height = 463;

@@ -57,13 +57,13 @@ void xpops::Event_Open()
 {
     scope = Scope::All;
     ticked.clear();
-    formatMenu = m_s.prefs.xprtEncoding >= 1 && m_s.prefs.xprtEncoding <= 3 ? m_s.prefs.xprtEncoding : 0;
-    VKEncode = Encoding(formatMenu);
+    VKEncode = exportEncoding(m_s.prefs);
+    formatMenu = int(VKEncode);
 }
 
 void xpops::formatMenu_Change(int row)
 {
-    if (row < 0 || row >= kFormatRows.size())
+    if (row < 0 || row >= kEncodingRows.size())
         return;
     formatMenu = row;
     VKEncode = Encoding(row);

@@ -96,8 +96,6 @@ public:
     inline static const QString kXPReplaced =
         QStringLiteral("Characters the text encoding cannot hold, written as \"?\": ");
     inline static const QString kXPWriteFailed = QStringLiteral("The export could not be written.");
-    inline static const QStringList kFormatRows = {QStringLiteral("MacRoman"), QStringLiteral("UTF-8"),
-                                                   QStringLiteral("UTF-16"), QStringLiteral("Windows (ANSI)")};
 
     struct Services
     {

@@ -44,7 +44,7 @@ WaylandIdle::~WaylandIdle()
 bool WaylandIdle::connect()
 {
     // Only a Wayland session: elsewhere a compositor socket found by its default name is not ours.
-    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || m_offersNoNotices)
         return false;
     m_display = wl_display_connect(nullptr);
     if (!m_display)
@@ -52,6 +52,7 @@ bool WaylandIdle::connect()
     m_registry = wl_display_get_registry(m_display);
     wl_registry_add_listener(m_registry, &WaylandIdleListeners::registry, this);
     if (wl_display_roundtrip(m_display) < 0 || !m_seat || !m_notifier) {
+        m_offersNoNotices = m_seat && !m_notifier;
         disconnect();
         return false;
     }

@@ -40,6 +40,7 @@ private:
     wl_seat* m_seat = nullptr;
     ext_idle_notifier_v1* m_notifier = nullptr;
     ext_idle_notification_v1* m_notification = nullptr;
+    bool m_offersNoNotices = false; // this session's compositor has none: it is not asked again
     bool m_idle = false;
     qint64 m_idledAt = 0;
     QElapsedTimer m_clock;

@@ -138,7 +138,7 @@ void runXpops(xpops& form, const core::Timesheet& list, QWidget* parent)
     auto* encoding = new QFormLayout;
     auto* formatMenu = new QComboBox(&dialog);
     formatMenu->setObjectName(QStringLiteral("formatMenu"));
-    formatMenu->addItems(xpops::kFormatRows);
+    formatMenu->addItems(kEncodingRows);
     formatMenu->setCurrentIndex(form.formatMenu);
     encoding->addRow(xpops::kXPFileFormat, formatMenu);
     layout->addLayout(encoding);
