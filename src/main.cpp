@@ -5,6 +5,8 @@
 #include "storage/filestore.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QIcon>
 #include <QStandardPaths>
 
 #include <exception>
@@ -37,6 +39,15 @@ public:
     }
 };
 
+QIcon builtInIcon()
+{
+    QIcon icon;
+    const QDir sizes(QStringLiteral(":/icons"));
+    for (const QString& name : sizes.entryList(QDir::Files))
+        icon.addFile(sizes.filePath(name));
+    return icon;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -45,6 +56,10 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Veltrick"));
     QApplication::setApplicationVersion(QStringLiteral("8.0"));
     QApplication::setQuitOnLastWindowClosed(false);
+    // The desktop file names the program to Wayland and the task bar; the icon is the theme's when
+    // the program is installed, and the copy compiled in when it runs from the build tree.
+    QGuiApplication::setDesktopFileName(QStringLiteral("veltrick"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("veltrick"), builtInIcon()));
     const QStringList documents = QApplication::arguments().mid(1);
     shell::ui::SingleInstance instance;
     if (!instance.claim(documents))
