@@ -11,6 +11,7 @@
 #include "storage/operations_file.h"
 #include "storage/timesheet_file.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QHostAddress>
 #include <QNetworkInterface>
@@ -539,15 +540,14 @@ void Program::_webo_Action()
 
 void Program::helpon2()
 {
-    // The manual is the README installed beside the program, or the one of the source tree.
-    for (const QString& path : {m_s.appDir + QStringLiteral("/../share/doc/veltrick/README.md"),
-                                m_s.appDir + QStringLiteral("/../../README.md")}) {
-        if (QFileInfo(path).isFile()) {
-            m_s.desktop.openUrl(QUrl::fromLocalFile(QFileInfo(path).canonicalFilePath()).toString());
-            return;
-        }
+    // The manual lies under share/ beside the program's folder, in the build tree as when installed.
+    const QFileInfo manual(QDir::cleanPath(m_s.appDir + QLatin1Char('/') + kManualPath));
+    if (!manual.isFile()) {
+        m_s.desktop.beep();
+        m_s.dialogs.message(kNoManual.arg(manual.filePath()));
+        return;
     }
-    m_s.desktop.beep();
+    m_s.desktop.openUrl(QUrl::fromLocalFile(manual.canonicalFilePath()).toString());
 }
 
 void Program::aboutme()

@@ -74,6 +74,9 @@ public:
 
     static constexpr int kOperationsTab = 1;
     static constexpr int kExportTab = 2;
+    // The manual, from the program's folder; the build lays out share/ as the install does.
+    static inline const QString kManualPath = QStringLiteral("../share/doc/veltrick/manual.html");
+    static inline const QString kNoManual = QStringLiteral("The manual is not installed. It should be at %1.");
 
     explicit Program(Services services);
     ~Program() override;

@@ -9,6 +9,8 @@
 #include "support/fakes.h"
 #include "support/memorystore.h"
 
+#include <QCoreApplication>
+
 #include <memory>
 
 namespace testing
@@ -41,12 +43,12 @@ struct ProgramRig
         timers.made.clear();
         program = std::make_unique<shell::Program>(
             shell::Program::Services{clock, desktop, dialogs, timers, files, contacts,
-                                     desktopNotifier ? *desktopNotifier : notifier, kDocs, appDir()});
+                                     desktopNotifier ? *desktopNotifier : notifier, kDocs, appDir});
     }
 
     core::Mainwndo* w() const { return program->mainwndo(); }
-    // Where the web page's style sheet is found: the source tree's resources.
-    static QString appDir() { return QStringLiteral(VELTRICK_TREE "/resources"); }
+    // The program's folder: the style sheet and the manual are found from it, as the build lays them out.
+    QString appDir = QCoreApplication::applicationDirPath();
     static FakeTimer& fake(platform::Timer& timer) { return static_cast<FakeTimer&>(timer); }
     void tick() { fake(w()->Timer3()).fire(); }
 

@@ -282,6 +282,26 @@ private slots:
         QCOMPARE(items.caption(Item::shwnts), Tr::VMHideNotes);
         QVERIFY(rig->w()->notebox.visible);
     }
+
+    // Online Help opens the manual the build lays out beside the test programs as the install does
+    // beside the program; without it the user is told where it should be.
+    void onlineHelpOpensTheManual()
+    {
+        rig->program->command(Item::helpon2);
+        QCOMPARE(rig->desktop.urls.size(), 1);
+        const QString manual = QUrl(rig->desktop.urls[0]).toLocalFile();
+        QVERIFY2(manual.endsWith(QLatin1String("/share/doc/veltrick/manual.html")), qPrintable(manual));
+        QVERIFY(QFileInfo(manual).isFile());
+
+        rig->appDir = QStringLiteral("/nowhere/bin");
+        rig->start();
+        const int beeps = rig->desktop.beeps;
+        rig->program->command(Item::helpon2);
+        QCOMPARE(rig->desktop.urls.size(), 1);
+        QCOMPARE(rig->desktop.beeps, beeps + 1);
+        QCOMPARE(dialogs.messages.last(),
+                 shell::Program::kNoManual.arg(QStringLiteral("/nowhere/share/doc/veltrick/manual.html")));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestCommands)
