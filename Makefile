@@ -5,9 +5,11 @@ CMAKE_FLAGS ?=
 
 DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev \
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon libxcb-screensaver0-dev \
-        libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils
+        libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils \
+        librsvg2-bin cmark desktop-file-utils appstream shared-mime-info xdg-utils libfile-mimeinfo-perl \
+        dpkg-dev
 
-.PHONY: all deps configure build run test soak bench format clean
+.PHONY: all deps configure build run test soak bench format clean install deb debcheck
 
 all: build
 
@@ -45,6 +47,21 @@ soak: build
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+
+# Installs into PREFIX (default /usr/local).
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+# The Debian package veltrick_<version>_<arch>.deb, in the build folder.
+deb: build
+	cd $(BUILD) && cpack -G DEB
+
+# Installs the package with apt on this machine, or in the Debian root folder DEBROOT (a chroot made
+# by debootstrap), starts it, removes it and checks that nothing is left behind.
+DEBROOT ?=
+debcheck: deb
+	bash tests/package/check_deb.sh $(BUILD) $(DEBROOT)
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
