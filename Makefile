@@ -9,7 +9,7 @@ DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compa
         librsvg2-bin cmark desktop-file-utils appstream shared-mime-info xdg-utils libfile-mimeinfo-perl \
         dpkg-dev
 
-.PHONY: all deps configure build run test soak bench format clean install deb debcheck
+.PHONY: all deps configure build run test test-sanitize fuzz soak bench format clean install deb debcheck
 
 all: build
 
@@ -37,6 +37,32 @@ run: build
 
 test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
+
+# The tests of the logic (every reader and writer, the timing engine, Net Link, the program without
+# windows, veltrick-cli) built with AddressSanitizer and UndefinedBehaviorSanitizer in a folder of
+# their own; any report fails the test that made it.
+SANITIZE_BUILD ?= build-asan
+test-sanitize: deps
+	@[ -f $(SANITIZE_BUILD)/CMakeCache.txt ] || cmake -S . -B $(SANITIZE_BUILD) -DCMAKE_BUILD_TYPE=Debug \
+	  -DVELTRICK_SANITIZE=ON -DVELTRICK_WIDGETS=OFF -DVELTRICK_BENCH=OFF
+	cmake --build $(SANITIZE_BUILD) -j$(JOBS)
+	cd $(SANITIZE_BUILD) && QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 ctest --output-on-failure -j$(JOBS)
+
+# Every libFuzzer target for FUZZ_SECONDS each (clang, ASan and UBSan), from the seeds in fuzz/corpus;
+# what they learn is kept in $(FUZZ_BUILD)/corpus. A crash, a hang of 10 s or an allocation over
+# 100 MiB stops the run and leaves the input that did it in the current folder.
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 600
+FUZZ_TARGETS := timesheet prefs operations presets clients vcard contacts_folder netlink
+fuzz:
+	@$(MAKE) --no-print-directory deps DEBS="$(DEBS) clang libclang-rt-14-dev"
+	@[ -f $(FUZZ_BUILD)/CMakeCache.txt ] || CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) \
+	  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELTRICK_FUZZ=ON -DVELTRICK_WIDGETS=OFF -DVELTRICK_BENCH=OFF
+	cmake --build $(FUZZ_BUILD) -j$(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
+	@for t in $(FUZZ_TARGETS); do mkdir -p $(FUZZ_BUILD)/corpus/$$t; echo "== fuzz_$$t"; \
+	  $(FUZZ_BUILD)/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -timeout=10 -malloc_limit_mb=100 \
+	    -rss_limit_mb=2048 -print_final_stats=1 $(FUZZ_BUILD)/corpus/$$t fuzz/corpus/$$t || exit 1; done
 
 # The randomized command test with random seeds for SOAK_SECONDS (30 minutes); a failure prints its seed,
 # which VELTRICK_SEED=<seed> build/tests/test_randomcommands fixedSeeds replays.

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdlib>
+
 #include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -90,6 +92,47 @@ private slots:
             QVERIFY(store.write(quiet.filePath(QStringLiteral("a.vlk")), QByteArray::number(i)).ok());
         QCOMPARE(QDir(quiet.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.vlk"});
         QCOMPARE(contents(quiet.filePath(QStringLiteral("a.vlk"))), QByteArray("49"));
+    }
+
+    // On a real small disk: a write that does not fit, and one into a folder made read-only, fail with the
+    // system's reason and leave the old file whole with nothing beside it; once space is back the same
+    // write goes through.
+    void fullAndReadOnlyDisk()
+    {
+        QTemporaryDir mountPoint;
+        const QByteArray point = QFile::encodeName(mountPoint.path());
+        const QByteArray mount = "mount -t tmpfs -o size=64k veltrick-test " + point + " 2>/dev/null";
+        if (::geteuid() != 0 || std::system(mount.constData()) != 0)
+            QSKIP("needs a tmpfs mount (root)");
+        const auto unmount = qScopeGuard([&] { std::system(("umount " + point).constData()); });
+        const QString sheet = mountPoint.filePath(QStringLiteral("sheet.vlk"));
+        const QString filler = mountPoint.filePath(QStringLiteral("filler"));
+        const QByteArray old(20 * 1024, 'o');
+        QVERIFY(store.write(sheet, old).ok());
+        {
+            QFile fill(filler);
+            QVERIFY(fill.open(QIODevice::WriteOnly));
+            while (fill.write(QByteArray(4096, 'f')) > 0 && fill.flush()) {
+            }
+        }
+        const QByteArray grown(30 * 1024, 'n');
+        platform::Result result = store.write(sheet, grown);
+        QCOMPARE(result.code, ENOSPC);
+        QVERIFY(!result.message.isEmpty());
+        QCOMPARE(contents(sheet), old);
+        QVERIFY(leftovers(mountPoint.path()).isEmpty());
+
+        QVERIFY(QFile::remove(filler));
+        QVERIFY(store.write(sheet, grown).ok());
+        QCOMPARE(contents(sheet), grown);
+
+        QCOMPARE(std::system(("mount -o remount,ro " + point).constData()), 0);
+        result = store.write(sheet, old);
+        QCOMPARE(result.code, EROFS);
+        QCOMPARE(contents(sheet), grown);
+        QCOMPARE(std::system(("mount -o remount,rw " + point).constData()), 0);
+        QVERIFY(store.write(sheet, old).ok());
+        QCOMPARE(contents(sheet), old);
     }
 };
 
