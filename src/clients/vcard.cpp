@@ -106,8 +106,12 @@ QString decodeText(QByteArrayView bytes, const QString& charset)
 {
     if (!charset.isEmpty() && charset.compare(QLatin1String("UTF-8"), Qt::CaseInsensitive) != 0 &&
         charset.compare(QLatin1String("UTF8"), Qt::CaseInsensitive) != 0) {
-        if (QTextCodec* codec = QTextCodec::codecForName(charset.toLatin1()))
-            return codec->toUnicode(bytes.data(), int(bytes.size()));
+        if (QTextCodec* codec = QTextCodec::codecForName(charset.toLatin1())) {
+            // A wide charset over bytes that are not of it gives halves of surrogate pairs, which no file
+            // of ours can hold; they become question marks here, once, as any later write would make them.
+            const QString text = codec->toUnicode(bytes.data(), int(bytes.size()));
+            return QStringView(text).isValidUtf16() ? text : QString::fromUtf8(text.toUtf8());
+        }
     }
     if (isAscii(bytes))
         return QString::fromLatin1(bytes);

@@ -48,6 +48,10 @@ private slots:
         QByteArray utf16("\xFF\xFE");
         utf16.append(reinterpret_cast<const char*>(utf16Text.utf16()), utf16Text.size() * 2);
         QTest::newRow("UTF-16 file with byte order mark") << utf16 << "ORG" << QString::fromUtf8("Ångström");
+        // Half a surrogate pair from a wide charset would turn into something else at every write.
+        const QByteArray halfPair("ORG;CHARSET=UTF-16BE:\xD8\x00\x41\x42", 25);
+        QTest::newRow("UTF-16 charset over bytes not of it")
+            << card("2.1", halfPair) << "ORG" << QStringLiteral("?\u4142");
     }
 
     void values()
