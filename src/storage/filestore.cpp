@@ -1,5 +1,6 @@
 #include "storage/filestore.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -50,6 +51,21 @@ QString resolvedTarget(const QString& path)
         info = QFileInfo(target);
     }
     return info.absoluteFilePath();
+}
+
+// A write cut short by a crash or a power cut leaves its temporary file beside the target. The next
+// write that succeeds removes such leftovers of the same target, once they are old enough that no other
+// writer can still be filling them.
+void removeLeftTemporaries(const QFileInfo& target)
+{
+    constexpr qint64 kOldEnoughSeconds = 60;
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString pattern = target.fileName() + QStringLiteral(".??????.tmp");
+    const QDir folder = target.absoluteDir();
+    for (const QFileInfo& left : folder.entryInfoList({pattern}, QDir::Files | QDir::Hidden | QDir::System)) {
+        if (left.lastModified().secsTo(now) >= kOldEnoughSeconds)
+            ::unlink(QFile::encodeName(left.absoluteFilePath()).constData());
+    }
 }
 
 } // namespace
@@ -104,6 +120,7 @@ platform::Result DiskFileStore::write(const QString& path, const QByteArray& byt
         ::fsync(dirfd);
         ::close(dirfd);
     }
+    removeLeftTemporaries(info);
     return platform::Result::success();
 }
 
