@@ -9,7 +9,7 @@ DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compa
         librsvg2-bin cmark desktop-file-utils appstream shared-mime-info xdg-utils libfile-mimeinfo-perl \
         dpkg-dev
 
-.PHONY: all deps configure build run test test-sanitize fuzz soak bench format clean install deb debcheck
+.PHONY: all deps configure build run test test-sanitize fuzz crashtest abuse soak bench format clean install deb debcheck
 
 all: build
 
@@ -64,6 +64,23 @@ fuzz:
 	  $(FUZZ_BUILD)/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -timeout=10 -malloc_limit_mb=100 \
 	    -rss_limit_mb=2048 -print_final_stats=1 $(FUZZ_BUILD)/corpus/$$t fuzz/corpus/$$t || exit 1; done
 
+# The program under Xvfb with its clock sped up, killed CRASH_KILLS times at random instants and in the
+# middle of saves, then restarted; every file must open and no restart may lose more than the minute
+# in progress. Builds the program with the test clock (VELTRICK_TEST_HOOKS) in the build folder.
+CRASH_KILLS ?= 500
+crashtest:
+	@$(MAKE) --no-print-directory deps DEBS="$(DEBS) openbox python3"
+	@[ -f $(BUILD)/CMakeCache.txt ] || cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
+	cmake $(BUILD) -DVELTRICK_TEST_HOOKS=ON > /dev/null
+	cmake --build $(BUILD) -j$(JOBS) --target veltrick veltrick-cli
+	python3 tests/stress/crashtest.py $(BUILD) $(CRASH_KILLS)
+
+# Net Link of the real program under abuse on 127.0.0.1: floods, silent clients, a 64 MiB request, a
+# dribbled one, clients that leave mid-page; the page must still come after each.
+abuse: build
+	@$(MAKE) --no-print-directory deps DEBS="$(DEBS) openbox python3"
+	python3 tests/stress/netlink_abuse.py $(BUILD)
+
 # The randomized command test with random seeds for SOAK_SECONDS (30 minutes); a failure prints its seed,
 # which VELTRICK_SEED=<seed> build/tests/test_randomcommands fixedSeeds replays.
 SOAK_SECONDS ?= 1800
@@ -79,15 +96,19 @@ PREFIX ?= /usr/local
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
-# The Debian package veltrick_<version>_<arch>.deb, in the build folder.
-deb: build
-	cd $(BUILD) && cpack -G DEB
+# The Debian package veltrick_<version>_<arch>.deb, built in a folder of its own without tests.
+DEB_BUILD ?= build-deb
+deb: deps
+	@[ -f $(DEB_BUILD)/CMakeCache.txt ] || cmake -S . -B $(DEB_BUILD) -DCMAKE_BUILD_TYPE=Release \
+	  -DVELTRICK_TESTS=OFF -DVELTRICK_BENCH=OFF
+	cmake --build $(DEB_BUILD) -j$(JOBS)
+	cd $(DEB_BUILD) && cpack -G DEB
 
 # Installs the package with apt on this machine, or in the Debian root folder DEBROOT (a chroot made
 # by debootstrap), starts it, removes it and checks that nothing is left behind.
 DEBROOT ?=
 debcheck: deb
-	bash tests/package/check_deb.sh $(BUILD) $(DEBROOT)
+	bash tests/package/check_deb.sh $(DEB_BUILD) $(DEBROOT)
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -39,6 +39,55 @@ public:
     }
 };
 
+#ifdef VELTRICK_TEST_HOOKS
+// Test builds only: VELTRICK_TEST_CLOCK="<origin, ms since the epoch>:<factor>" runs the clock and every
+// timer `factor` times faster from the origin, the same for each run of the program, so that a crash
+// test lives through hours of timing in minutes and a restarted program finds the time it missed.
+struct FastTime
+{
+    qint64 origin = 0;
+    int factor = 1;
+
+    static FastTime fromEnvironment()
+    {
+        const QStringList parts = qEnvironmentVariable("VELTRICK_TEST_CLOCK").split(QLatin1Char(':'));
+        FastTime time;
+        if (parts.size() == 2) {
+            time.origin = parts[0].toLongLong();
+            time.factor = qMax(1, parts[1].toInt());
+        }
+        return time;
+    }
+};
+
+class FastClock : public platform::Clock
+{
+public:
+    explicit FastClock(FastTime time) : m_time(time) {}
+    QDateTime now() const override
+    {
+        const qint64 real = QDateTime::currentMSecsSinceEpoch();
+        return QDateTime::fromMSecsSinceEpoch(m_time.origin + (real - m_time.origin) * m_time.factor);
+    }
+
+private:
+    FastTime m_time;
+};
+
+class FastTimers : public platform::TimerFactory
+{
+public:
+    explicit FastTimers(FastTime time) : m_time(time) {}
+    std::unique_ptr<platform::Timer> create(int periodMs) override
+    {
+        return std::make_unique<platform::qt::QtTimer>(qMax(1, periodMs / m_time.factor));
+    }
+
+private:
+    FastTime m_time;
+};
+#endif
+
 QIcon builtInIcon()
 {
     QIcon icon;
@@ -64,10 +113,16 @@ int main(int argc, char* argv[])
     shell::ui::SingleInstance instance;
     if (!instance.claim(documents))
         return 0; // the program that runs already has the timesheets
+#ifdef VELTRICK_TEST_HOOKS
+    const FastTime fastTime = FastTime::fromEnvironment();
+    FastClock clock(fastTime);
+    FastTimers timers(fastTime);
+#else
     platform::SystemClock clock;
+    platform::qt::QtTimerFactory timers;
+#endif
     platform::qt::QtDesktop desktop;
     platform::qt::QtDialogs dialogs;
-    platform::qt::QtTimerFactory timers;
     storage::DiskFileStore files;
     clients::VCardStore contacts(files);
     platform::qt::DBusNotifier notifier;
