@@ -202,6 +202,7 @@ private slots:
     }
 
     // The edit row: a job number first, Add only with a project, Change for a selected row, ":" refused.
+    // A list that cannot be written (a full disk) is said, stays in memory and goes with the next change.
     void editRow()
     {
         open({}, {});
@@ -222,7 +223,24 @@ private slots:
         p.joblst_DoubleClick();
         QCOMPARE(p.addjobCaption, budgets::preSetJobsWin::kPSAddBtn);
         QVERIFY(p.EditField2.Text.isEmpty() && !p.EditField5.Enabled);
-        QVERIFY(rig->files.files.contains(storage::prefFile(storage::kPresetJobsFileName)));
+        const QString file = storage::prefFile(storage::kPresetJobsFileName);
+        const QByteArray written = rig->files.files.value(file);
+        QCOMPARE(storage::decodePresetJobs(written), p.joblst);
+
+        const auto add = [&p](const char* job, const char* project) {
+            p.EditField2_TextChange(QString::fromLatin1(job));
+            p.EditField3_TextChange(QString::fromLatin1(project));
+            p.addjob_Action();
+        };
+        rig->files.failWrites = true;
+        add("S7", "Shed");
+        QCOMPARE(dialogs.messages.last(), budgets::preSetJobsWin::kWriteFail);
+        QCOMPARE(p.joblst.size(), 2);
+        QCOMPARE(rig->files.files.value(file), written);
+        rig->files.failWrites = false;
+        add("T8", "Tower");
+        QCOMPARE(p.joblst.size(), 3);
+        QCOMPARE(storage::decodePresetJobs(rig->files.files.value(file)), p.joblst);
     }
 
     // An import replaces the list; a line of one field is a job alone, a wider line widens the list, and a
