@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include <arpa/inet.h>
@@ -78,8 +79,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     address.sin_family = AF_INET;
     address.sin_port = htons(server.socket1.Port());
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0)
+    // Reset rather than close, so that tens of thousands of runs do not use up the local ports.
+    const linger reset{1, 0};
+    ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &reset, sizeof(reset));
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+        std::perror("connect");
         std::abort();
+    }
     ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
     serve(2);
     for (qsizetype at = 0; at < request.size(); at += piece) {

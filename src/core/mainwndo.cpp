@@ -148,12 +148,13 @@ void Mainwndo::startRunning()
     m_s.hooks.statusUpDateDark();
 }
 
-void Mainwndo::allcont()
+void Mainwndo::allcont(From from)
 {
     if (!ListBox1.hasSelection())
         return;
     if (selectedIsToday()) {
-        const ClockMinute start = clockMinute(m_s.clock.now());
+        const ClockMinute start =
+            from == From::LastStop && !stophrs.isEmpty() ? ClockMinute{stophrs, stopmin} : clockMinute(m_s.clock.now());
         ListBox1.starthrs = start.hrs;
         ListBox1.startmin = start.min;
         ListBox1.selected().run = kRunRunning;

@@ -168,7 +168,15 @@ public:
 
     // Timing engine.
     void gostart();
-    void allcont();
+    // Where a restarted count begins: the clock's minute, or the minute the last stop measured to. A job
+    // that goes on at once after a stop (a recovered timer, Continue after the idle warning, a switch of
+    // job) takes the latter, so that a save running past a minute between the two drops nothing.
+    enum class From
+    {
+        Clock,
+        LastStop
+    };
+    void allcont(From from = From::Clock);
     void Allstop();
     void livecount();
     // Whether the selected row is dated today: time can only go on such a row.

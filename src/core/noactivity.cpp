@@ -54,7 +54,7 @@ void noactivity::PushButton1_Action()
 {
     // The idle time stays in the row and the job runs on; the watch starts again with the job.
     m_window.Allstop();
-    m_window.allcont();
+    m_window.allcont(Mainwndo::From::LastStop);
     close(Tr::MWButtonContinue);
 }
 

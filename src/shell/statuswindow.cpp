@@ -94,7 +94,7 @@ void statuswindow::statustext_ContextualMenuAction(int tag)
     else
         w.setListIndex(tag);
     if (wasRunning)
-        w.allcont();
+        w.allcont(core::Mainwndo::From::LastStop);
     w.rowcheck();
 }
 

@@ -64,7 +64,7 @@ void Document::sesame()
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
     if (found) {
         w.Allstop();
-        w.allcont();
+        w.allcont(core::Mainwndo::From::LastStop);
     }
     w.njButton2.enabled = !w.running;
     emit w.controlsChanged();

@@ -81,18 +81,22 @@ private slots:
         QVERIFY(dialogs.scriptDone());
     }
 
-    // A timer left running when the program ended: the closed time is charged and the job runs on,
-    // or, on a later day, the rollover takes over.
+    // A timer left running when the program ended: the closed time is charged and the job runs on from
+    // the minute the charge reached, even when saving the charge takes the clock past a minute; or, on a
+    // later day, the rollover takes over.
     void leftOverTimer_data()
     {
         QTest::addColumn<QDate>("rowDate");
         QTest::addColumn<QString>("start");
         QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<int>("saveSeconds");
         QTest::addColumn<QString>("charged");
         const QDate day(2026, 11, 20);
-        QTest::newRow("same day, later") << day << "09:15" << QDateTime(day, QTime(11, 0)) << "02:45";
-        QTest::newRow("over midnight") << day << "23:50" << QDateTime(day.addDays(1), QTime(0, 10)) << "01:20";
-        QTest::newRow("next day, later clock") << day << "09:00" << QDateTime(day.addDays(1), QTime(10, 0)) << "26:00";
+        QTest::newRow("same day, later") << day << "09:15" << QDateTime(day, QTime(11, 0)) << 0 << "02:45";
+        QTest::newRow("save crosses a minute") << day << "09:15" << QDateTime(day, QTime(11, 0, 50)) << 20 << "02:45";
+        QTest::newRow("over midnight") << day << "23:50" << QDateTime(day.addDays(1), QTime(0, 10)) << 0 << "01:20";
+        QTest::newRow("next day, later clock")
+            << day << "09:00" << QDateTime(day.addDays(1), QTime(10, 0)) << 0 << "26:00";
     }
 
     void leftOverTimer()
@@ -100,7 +104,9 @@ private slots:
         QFETCH(QDate, rowDate);
         QFETCH(QString, start);
         QFETCH(QDateTime, now);
+        QFETCH(int, saveSeconds);
         clock.set(now);
+        files.onWrite = [this, saveSeconds] { clock.set(clock.now().addSecs(saveSeconds)); };
         store({row(rowDate, QStringLiteral("R1"), QStringLiteral("01"), QStringLiteral("00"), kRunRunning)},
               start.left(2), start.right(2));
         const bool nextDay = now.date() != rowDate;

@@ -4,6 +4,8 @@
 
 #include <QHash>
 
+#include <functional>
+
 namespace testing
 {
 
@@ -14,6 +16,8 @@ public:
     platform::Result write(const QString& path, const QByteArray& bytes) override
     {
         ++writes;
+        if (onWrite)
+            onWrite();
         if (failWrites)
             return platform::Result::failure(28, QStringLiteral("No space left on device"));
         files[path] = bytes;
@@ -33,6 +37,7 @@ public:
     QStringList written; // the paths of the writes that went through, in order
     bool failWrites = false;
     int writes = 0;
+    std::function<void()> onWrite; // a write that takes time: the test moves its clock here
 };
 
 } // namespace testing
