@@ -160,6 +160,11 @@ void Socket1::serveNext()
     connect(client, &Connection::allWritten, this, &Socket1::Socket1_SendComplete);
     connect(client, &Connection::failed, this, &Socket1::Socket1_Error);
     Socket1_Connected();
+    const quint64 serial = m_serial;
+    QTimer::singleShot(m_requestTimeoutMs, this, [this, serial] {
+        if (m_client && serial == m_serial && !m_requestComplete)
+            Socket1_Error(QAbstractSocket::SocketTimeoutError);
+    });
 }
 
 void Socket1::Socket1_Connected()

@@ -38,8 +38,14 @@ public:
     Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent = nullptr);
     ~Socket1() override;
 
+    // A browser sends its request as soon as it has connected. One that has not ended its request in
+    // this time (a speculative connection that sends nothing, a scanner, a slow drip) is dropped, so
+    // that it cannot hold the one connection served while other browsers wait behind it.
+    static constexpr int kRequestTimeoutMs = 10000;
+
     // The port of the next Listen; 0 takes any free port (Port() then tells which).
     void setPort(quint16 port) { m_port = port; }
+    void setRequestTimeout(int ms) { m_requestTimeoutMs = ms; }
     quint16 Port() const;
 
     // Starts listening. A port that cannot be bound is reported in the status line and in the
@@ -73,6 +79,7 @@ private:
     NetLinkServer* m_server;
     QPointer<Connection> m_client;
     quint16 m_port = kPort;
+    int m_requestTimeoutMs = kRequestTimeoutMs;
     int m_lastErrorCode = 0;
     QByteArray m_tail; // the last bytes received from the client: all that decides a request's end
     bool m_building = false;
