@@ -53,19 +53,23 @@ QString resolvedTarget(const QString& path)
     return info.absoluteFilePath();
 }
 
-// A write cut short by a crash or a power cut leaves its temporary file beside the target. The next
-// write that succeeds removes such leftovers of the same target, once they are old enough that no other
-// writer can still be filling them.
-void removeLeftTemporaries(const QFileInfo& target)
+// A write cut short by a crash or a power cut leaves its temporary file beside the target. A write that
+// succeeds removes such leftovers of the same target, once they are old enough that no other writer can
+// still be filling them. True when none is left.
+bool removeLeftTemporaries(const QFileInfo& target)
 {
     constexpr qint64 kOldEnoughSeconds = 60;
     const QDateTime now = QDateTime::currentDateTime();
     const QString pattern = target.fileName() + QStringLiteral(".??????.tmp");
     const QDir folder = target.absoluteDir();
+    bool swept = true;
     for (const QFileInfo& left : folder.entryInfoList({pattern}, QDir::Files | QDir::Hidden | QDir::System)) {
         if (left.lastModified().secsTo(now) >= kOldEnoughSeconds)
             ::unlink(QFile::encodeName(left.absoluteFilePath()).constData());
+        else
+            swept = false;
     }
+    return swept;
 }
 
 } // namespace
@@ -120,7 +124,10 @@ platform::Result DiskFileStore::write(const QString& path, const QByteArray& byt
         ::fsync(dirfd);
         ::close(dirfd);
     }
-    removeLeftTemporaries(info);
+    // Leftovers come from crashes of earlier runs (a failed write here removes its own): once a target's
+    // are gone, its saves stop listing the folder.
+    if (!m_swept.contains(info.absoluteFilePath()) && removeLeftTemporaries(info))
+        m_swept.insert(info.absoluteFilePath());
     return platform::Result::success();
 }
 

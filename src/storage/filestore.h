@@ -3,6 +3,7 @@
 #include "platform/result.h"
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 
 namespace storage
@@ -26,6 +27,11 @@ public:
     platform::Result write(const QString& path, const QByteArray& bytes) override;
     platform::Result read(const QString& path, QByteArray& bytes) const override;
     bool exists(const QString& path) const override;
+
+private:
+    // Files whose folder holds no temporary file of theirs left by a crash: a save of the running
+    // timesheet, once a minute, need not list the folder again.
+    QSet<QString> m_swept;
 };
 
 // The settings folder ($XDG_CONFIG_HOME/Veltrick) and a file in it; the folder is made on first write.

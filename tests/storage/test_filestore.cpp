@@ -113,6 +113,10 @@ private slots:
         QVERIFY(store.write(folder.filePath(QStringLiteral("a.vlk")), "whole").ok());
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
                  (QStringList{"a.vlk", "a.vlk.Xy34Zw.tmp", "b.vlk.Ab12Cd.tmp"}));
+        // The young one is looked at again by later writes, and goes once it is old.
+        left(QStringLiteral("a.vlk.Xy34Zw.tmp"), 120);
+        QVERIFY(store.write(folder.filePath(QStringLiteral("a.vlk")), "again").ok());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
     }
 
     // On a real small disk: a write that does not fit, and one into a folder made read-only, fail with the
