@@ -9,6 +9,20 @@
 namespace storage
 {
 
+namespace
+{
+
+// A row marked as running whose count has no start time to go on from is stopped, so that selecting it
+// cannot put the window into the running state with no timer, and a stop cannot charge from midnight.
+void stopRunningRows(std::vector<core::JobRow>& rows)
+{
+    for (core::JobRow& row : rows)
+        if (row.run == core::kRunRunning)
+            row.run = core::kRunStopped;
+}
+
+} // namespace
+
 Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
                    QString documentsFolder)
     : m_app(app), m_files(files), m_dialogs(dialogs), m_desktop(desktop), m_documents(std::move(documentsFolder))
@@ -29,6 +43,8 @@ void Document::sesame()
         result = decodeTimesheet(bytes);
     // A damaged file still shows what could be read; with no path the damaged file is never overwritten.
     w.ListBox1.rows = std::move(result.sheet.rows);
+    if (!result.complete)
+        stopRunningRows(w.ListBox1.rows); // the start time is stored last: a file cut short has none
     w.ListBox1.starthrs = result.sheet.starthrs;
     w.ListBox1.startmin = result.sheet.startmin;
     emit w.rowsReset();
@@ -132,9 +148,7 @@ void Document::openOld()
     w.deleteall();
     w.ListBox1.rows = std::move(result.sheet.rows);
     // The clock start of another file means nothing here; the converted list starts with no timer.
-    for (core::JobRow& row : w.ListBox1.rows)
-        if (row.run == core::kRunRunning)
-            row.run = core::kRunStopped;
+    stopRunningRows(w.ListBox1.rows);
     emit w.rowsReset();
     w.setListIndex(w.ListBox1.ListCount() > 0 ? 0 : -1);
     w.Uptotal2(1);

@@ -159,7 +159,8 @@ private slots:
     }
 
     // A damaged file, opened or converted, gives the load's message and shows what could be read; the
-    // file is never written over, and the rows stay dirty until they are kept with Save As.
+    // file is never written over, and the rows stay dirty until they are kept with Save As. A row left
+    // running in it is stopped: the start time to count from was cut off.
     void damagedFileKeepsWhatWasRead_data()
     {
         QTest::addColumn<bool>("convert");
@@ -171,9 +172,9 @@ private slots:
     {
         QFETCH(bool, convert);
         const QDate day(2026, 11, 22);
-        store({row(day, QStringLiteral("A"), QStringLiteral("01"), QStringLiteral("00"), kRunStopped),
+        store({row(day, QStringLiteral("A"), QStringLiteral("01"), QStringLiteral("00"), kRunRunning),
                row(day, QStringLiteral("B"), QStringLiteral("02"), QStringLiteral("00"), kRunStopped)},
-              QString(), QString());
+              QStringLiteral("09"), QStringLiteral("00"));
         const QByteArray whole = files.files[kPath];
         files.files[kPath] = whole.left(whole.size() - 30);
         app->prefs.lastdoc = QStringLiteral("/home/ann/other.vlk");
@@ -190,6 +191,8 @@ private slots:
                                                kPath});
         Mainwndo& w = app->mainwndo();
         QCOMPARE(w.ListBox1.ListCount(), 1);
+        QVERIFY(w.setListIndex(0));
+        QVERIFY(!w.running);
         QVERIFY(w.xpath.isEmpty() && w.boxchange);
         w.autosave();
         QVERIFY(w.boxchange);
