@@ -124,9 +124,7 @@ void Mainwndo::gostart()
     const QDateTime now = m_s.clock.now();
     if (xpath.isEmpty())
         autosave();
-    const ClockMinute start = clockMinute(now);
-    ListBox1.starthrs = start.hrs;
-    ListBox1.startmin = start.min;
+    setStart(clockMinute(now));
     JobRow& row = ListBox1.selected();
     row.run = kRunRunning;
     row.setCell(CellDate, shortDate(now.date())); // a first start moves the row to today
@@ -153,10 +151,8 @@ void Mainwndo::allcont(From from)
     if (!ListBox1.hasSelection())
         return;
     if (selectedIsToday()) {
-        const ClockMinute start =
-            from == From::LastStop && !stophrs.isEmpty() ? ClockMinute{stophrs, stopmin} : clockMinute(m_s.clock.now());
-        ListBox1.starthrs = start.hrs;
-        ListBox1.startmin = start.min;
+        setStart(from == From::LastStop && !stophrs.isEmpty() ? ClockMinute{stophrs, stopmin, stopoffset}
+                                                              : clockMinute(m_s.clock.now()));
         ListBox1.selected().run = kRunRunning;
         notifyRow();
         startRunning();
@@ -179,9 +175,7 @@ void Mainwndo::Allstop()
 {
     startTimers(platform::Timer::Off);
     if (ListBox1.hasSelection()) {
-        const ClockMinute stop = measure(ListBox1.selected(), ListBox1.starthrs, ListBox1.startmin, m_s.clock.now());
-        stophrs = stop.hrs;
-        stopmin = stop.min;
+        keepStop(measure(ListBox1.selected(), started(), m_s.clock.now()));
         notifyRow();
     }
     autosave(); // clears boxchange when the stop reached the file; a failed write leaves it dirty
@@ -207,13 +201,11 @@ void Mainwndo::livecount()
     if (!ListBox1.hasSelection())
         return;
     const QDateTime now = m_s.clock.now();
-    const ClockMinute tick = measure(ListBox1.selected(), ListBox1.starthrs, ListBox1.startmin, now);
-    stophrs = tick.hrs;
-    stopmin = tick.min;
+    const ClockMinute tick = measure(ListBox1.selected(), started(), now);
+    keepStop(tick);
     // The next count starts at this tick on both paths, so the stop inside the rollover below finds
     // nothing more to add to the old row.
-    ListBox1.starthrs = tick.hrs;
-    ListBox1.startmin = tick.min;
+    setStart(tick);
     notifyRow();
     if (!selectedIsToday()) {
         datechecker();
@@ -223,6 +215,20 @@ void Mainwndo::livecount()
         boxchange = true;
     }
     autosave();
+}
+
+void Mainwndo::setStart(const ClockMinute& start)
+{
+    ListBox1.starthrs = start.hrs;
+    ListBox1.startmin = start.min;
+    ListBox1.startoffset = start.offset;
+}
+
+void Mainwndo::keepStop(const ClockMinute& stop)
+{
+    stophrs = stop.hrs;
+    stopmin = stop.min;
+    stopoffset = stop.offset;
 }
 
 bool Mainwndo::selectedIsToday() const
@@ -412,9 +418,7 @@ void Mainwndo::dupejob()
     copy.setCell(CellMinutes, QStringLiteral("00"));
     copy.user = old.user;
     copy.run = kRunRunning; // the note stays behind: it belongs to the old day
-    const ClockMinute start = clockMinute(now);
-    ListBox1.starthrs = start.hrs;
-    ListBox1.startmin = start.min;
+    setStart(clockMinute(now));
     insertRow(0, std::move(copy));
     emit rowsReset();
     selectRow(0); // the engine's own move: the running job goes on in the new row
@@ -579,8 +583,7 @@ void Mainwndo::deleteall()
 {
     emit emptying();
     ListBox1.DeleteAllRows();
-    ListBox1.starthrs.clear();
-    ListBox1.startmin.clear();
+    setStart({});
     ListBox2.DeleteAllRows();
     xpath.clear();
     title = kAppTitle;

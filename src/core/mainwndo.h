@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/appprefs.h"
+#include "core/measure.h"
 #include "core/menuitems.h"
 #include "core/texts.h"
 #include "core/timesheet.h"
@@ -120,6 +121,7 @@ public:
     bool boxchange = false;
     bool running = false;
     QString stophrs, stopmin;
+    std::optional<int> stopoffset; // of the clock at the stop, as ListBox1.startoffset is at the start
     bool dateschanged = false;
     QString ipnumber;
     bool toplist = false;
@@ -243,6 +245,9 @@ signals:
 
 private:
     void selectRow(int index);
+    ClockMinute started() const { return {ListBox1.starthrs, ListBox1.startmin, ListBox1.startoffset}; }
+    void setStart(const ClockMinute& start);
+    void keepStop(const ClockMinute& stop);
     void setRunButtons(bool enabled);
     void startRunning(); // save, then the running state with its timers
     void runByCaption(); // the run button's choice: first start, stop or start

@@ -4,6 +4,8 @@
 
 #include <QDateTime>
 
+#include <optional>
+
 namespace core
 {
 
@@ -11,11 +13,14 @@ namespace core
 struct ClockMinute
 {
     QString hrs, min;
+    // Seconds east of UTC of the clock that showed this minute. A time read back from a file has none.
+    std::optional<int> offset;
 };
 
-// Adds to the row the clock minutes crossed from `starthrs`:`startmin` to `now`, with the row's date
-// telling how many days lie between. Seconds are never read. The row's run tag becomes "".
-ClockMinute measure(JobRow& row, const QString& starthrs, const QString& startmin, const QDateTime& now);
+// Adds to the row the clock minutes crossed from `start` to `now`, with the row's date telling how many
+// days lie between. Seconds are never read. The row's run tag becomes "". The clock is read at the
+// offset from UTC it had at the start, so a change of summer time in between adds or takes no hour.
+ClockMinute measure(JobRow& row, const ClockMinute& start, const QDateTime& now);
 
 // The clock minute of `now` in the "00" form the start and stop times are stored in.
 ClockMinute clockMinute(const QDateTime& now);

@@ -2,6 +2,7 @@
 
 #include "core/jobrow.h"
 
+#include <optional>
 #include <vector>
 
 namespace core
@@ -15,6 +16,8 @@ public:
     std::vector<JobRow> rows;
     int ListIndex = -1;
     QString starthrs, startmin;
+    // Seconds east of UTC of the clock the start was read from; none for a start read back from a file.
+    std::optional<int> startoffset;
 
     int ListCount() const { return static_cast<int>(rows.size()); }
     bool hasSelection() const { return ListIndex >= 0 && ListIndex < ListCount(); }

@@ -4,7 +4,10 @@
 #include "support/fakes.h"
 
 #include <QLocale>
+#include <QTimeZone>
 #include <QtTest>
+
+#include <ctime>
 
 using namespace core;
 using testing::FakeClock;
@@ -70,7 +73,13 @@ class TestEngine : public QObject
     }
 
 private slots:
-    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+    void initTestCase()
+    {
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        // A zone with summer time, so that the clock's changes can be crossed.
+        qputenv("TZ", "Europe/London");
+        tzset();
+    }
 
     void init()
     {
@@ -99,6 +108,9 @@ private slots:
         QTest::addColumn<QString>("expectM");
         const QDate d(2026, 6, 10);
         auto at = [](QDate date, int h, int m, int s = 0) { return QDateTime(date, QTime(h, m, s)); };
+        auto utc = [](QDate date, int h, int m) {
+            return QDateTime(date, QTime(h, m), QTimeZone::utc()).toLocalTime();
+        };
         // clang-format off
         QTest::newRow("same minute adds nothing") << at(d, 10, 0, 1) << at(d, 10, 0, 59) << "00" << "00" << "00" << "00";
         QTest::newRow("boundary crossed in 3 s") << at(d, 10, 0, 59) << at(d, 10, 1, 2) << "00" << "00" << "00" << "01";
@@ -106,6 +118,8 @@ private slots:
         QTest::newRow("three-digit hours read back") << at(d, 9, 0) << at(d, 9, 30) << "125" << "45" << "126" << "15";
         QTest::newRow("unreadable cells count 0") << at(d, 9, 0) << at(d, 9, 5) << "x" << "" << "00" << "05";
         QTest::newRow("hours past 32-bit minutes") << at(d, 9, 0) << at(d, 9, 1) << "40000000" << "59" << "40000001" << "00";
+        QTest::newRow("autumn change, 01:59 to 01:00") << utc({2026, 10, 25}, 0, 59) << utc({2026, 10, 25}, 1, 0) << "00" << "00" << "00" << "01";
+        QTest::newRow("spring change, 00:59 to 02:00") << utc({2026, 3, 29}, 0, 59) << utc({2026, 3, 29}, 1, 0) << "00" << "00" << "00" << "01";
         // clang-format on
     }
 
@@ -155,6 +169,9 @@ private slots:
             << QDate(2026, 12, 31) << "09:00" << QDateTime(QDate(2027, 1, 2), QTime(10, 0)) << 2 * 1440 + 60;
         QTest::newRow("same day, earlier clock is next morning")
             << QDate(2026, 3, 1) << "10:00" << QDateTime(QDate(2026, 3, 1), QTime(9, 0)) << 1380;
+        QTest::newRow("autumn change, 00:30 to 01:10")
+            << QDate(2026, 10, 25) << "00:30"
+            << QDateTime(QDate(2026, 10, 25), QTime(1, 10), QTimeZone::utc()).toLocalTime() << 100;
     }
 
     void measurementOverDays()
