@@ -190,7 +190,7 @@ std::optional<std::vector<int>> chooseRows(const core::Timesheet& list, Scope sc
                                                  : core::CellClient;
     const QString& wanted = list.selected().cell(column);
     for (int i = 0; i < list.ListCount(); ++i)
-        if (list.row(i).cell(column) == wanted)
+        if (core::sameText(list.row(i).cell(column), wanted))
             rows.push_back(i);
     return rows;
 }

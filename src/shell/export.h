@@ -23,7 +23,8 @@ enum class Scope
     Custom     // the rows the user ticked
 };
 
-// The rows of the scope, or nothing when the scope needs a selected row and none is selected.
+// The rows of the scope, or nothing when the scope needs a selected row and none is selected. A job
+// number, date or client matches as the totals match it: ignoring case.
 std::optional<std::vector<int>> chooseRows(const core::Timesheet& list, Scope scope, const QList<int>& ticked = {});
 
 // The export encodings, in the order of the menu and of the setting `xprtEncoding`.

@@ -37,17 +37,25 @@ void RowChoice::tick(int row, bool on)
         ticked.append(row);
 }
 
-std::vector<int> RowChoice::chosenRows() const
+std::optional<std::vector<int>> RowChoice::chosenRows()
 {
     // The selection may have gone since the choice (a row deleted behind the window): then all rows.
-    return chooseRows(m_list, scope, ticked).value_or(*chooseRows(m_list, Scope::All));
+    std::vector<int> rows = chooseRows(m_list, scope, ticked).value_or(*chooseRows(m_list, Scope::All));
+    if (scope == Scope::Custom && rows.empty()) {
+        m_dialogs.message(kPWTickRow);
+        return std::nullopt;
+    }
+    return rows;
 }
 
 // ---- print ----
 
 void pntops::PushButton1_Action()
 {
-    m_dialogs.print(buildReport(m_list, chosenRows(), m_prefs, m_longDate));
+    const std::optional<std::vector<int>> rows = chosenRows();
+    if (!rows)
+        return;
+    m_dialogs.print(buildReport(m_list, *rows, m_prefs, m_longDate));
     ButtonPressed = Tr::MWButtonPrint;
 }
 
@@ -71,6 +79,10 @@ void xpops::formatMenu_Change(int row)
 
 void xpops::PushButton1_Action()
 {
+    // Asked before the save dialog: an empty choice is no reason to pick a file.
+    const std::optional<std::vector<int>> rows = chosenRows();
+    if (!rows)
+        return;
     ExportOptions options = ExportOptions::fromPrefs(m_s.prefs);
     options.encoding = VKEncode;
     const QString extension = options.xls ? QStringLiteral("xls") : QStringLiteral("txt");
@@ -85,8 +97,7 @@ void xpops::PushButton1_Action()
 
     m_s.window.setDatastream(kDSExportingData);
     int replaced = 0;
-    const QByteArray bytes =
-        exportBytes(m_list, chosenRows(), options, core::shortDate(m_s.clock.now().date()), &replaced);
+    const QByteArray bytes = exportBytes(m_list, *rows, options, core::shortDate(m_s.clock.now().date()), &replaced);
     const platform::Result written = m_s.files.write(path, bytes);
     if (!written.ok()) {
         m_s.window.showStatus(QString());

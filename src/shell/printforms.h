@@ -42,6 +42,8 @@ class RowChoice : public platform::ModalForm
 public:
     inline static const QString kPWSelectRow =
         QStringLiteral("You must select a row in the Timesheet before you can choose this option.");
+    inline static const QString kPWTickRow =
+        QStringLiteral("You must tick at least one row of the list before you can use a custom selection.");
     // The radio buttons, in the order of `Scope`; the print window shows the first four.
     inline static const QStringList kScopeCaptions = {
         QStringLiteral("All Jobs"), QStringLiteral("All Jobs with the selected Job Number"),
@@ -60,7 +62,8 @@ public:
     const core::Timesheet& list() const { return m_list; }
 
 protected:
-    std::vector<int> chosenRows() const;
+    // The rows to print or export; a custom selection with nothing ticked says so and gives nothing.
+    std::optional<std::vector<int>> chosenRows();
     const core::Timesheet& m_list;
     platform::Dialogs& m_dialogs;
 };

@@ -30,14 +30,16 @@ class TestExport : public QObject
 
     Mainwndo& w() { return *rig->w(); }
 
-    // Four rows: A100 twice, on two days and for two clients; a note on the first.
+    // Four rows: A100 twice (once typed a100), on two days and for two clients (Acme once typed ACME);
+    // a note on the first.
     void openSheet()
     {
         std::vector<JobRow> rows{rig->row(QStringLiteral("A100"), 75), rig->row(QStringLiteral("B200"), 30),
-                                 rig->row(QStringLiteral("A100"), 20, -1), rig->row(QStringLiteral("C300"), 5, -1)};
+                                 rig->row(QStringLiteral("a100"), 20, -1), rig->row(QStringLiteral("C300"), 5, -1)};
         rows[0].note = QStringLiteral("first\nline two");
         rows[1].setCell(CellClient, kMixed);
         rows[2].setCell(CellClient, QStringLiteral("Bolt"));
+        rows[3].setCell(CellClient, QStringLiteral("ACME"));
         rig->writeSheet(kSheet, rows);
         rig->program->openRequested({kSheet});
     }
@@ -71,18 +73,20 @@ private slots:
         QVERIFY(dialogs.scriptDone());
     }
 
-    // Each choice of rows, in both windows' terms; one that needs a selected row says so without one.
+    // Each choice of rows, in both windows' terms; one that needs a selected row says so without one, and
+    // a custom one with nothing ticked says so too.
     void scopes_data()
     {
         QTest::addColumn<int>("selected");
         QTest::addColumn<Scope>("scope");
         QTest::addColumn<QList<int>>("ticked");
-        QTest::addColumn<QString>("jobs"); // the report's rows, or "refused"
-        QTest::newRow("all") << -1 << Scope::All << QList<int>{} << "A100 B200 A100 C300";
-        QTest::newRow("job number") << 2 << Scope::JobNumber << QList<int>{} << "A100 A100";
+        QTest::addColumn<QString>("jobs"); // the report's rows, "refused", or "" for no report
+        QTest::newRow("all") << -1 << Scope::All << QList<int>{} << "A100 B200 a100 C300";
+        QTest::newRow("job number") << 2 << Scope::JobNumber << QList<int>{} << "A100 a100";
         QTest::newRow("date") << 1 << Scope::Date << QList<int>{} << "A100 B200";
         QTest::newRow("client") << 0 << Scope::Client << QList<int>{} << "A100 C300";
         QTest::newRow("custom, in list order") << -1 << Scope::Custom << QList<int>{3, 1, 9} << "B200 C300";
+        QTest::newRow("custom, nothing ticked") << -1 << Scope::Custom << QList<int>{9} << "";
         QTest::newRow("job number without a selected row") << -1 << Scope::JobNumber << QList<int>{} << "refused";
     }
 
@@ -102,6 +106,11 @@ private slots:
             p.PushButton1_Action();
         });
         rig->program->command(Item::printit);
+        if (jobs.isEmpty()) { // said, and no empty report
+            QCOMPARE(dialogs.messages, QStringList{RowChoice::kPWTickRow});
+            QVERIFY(dialogs.printed.isEmpty());
+            return;
+        }
         QCOMPARE(dialogs.printed.size(), 1);
         const platform::Report& report = dialogs.printed.first();
         if (jobs == QLatin1String("refused")) {
@@ -217,6 +226,10 @@ private slots:
             auto& x = static_cast<xpops&>(form);
             QCOMPARE(x.scope, Scope::All);
             QCOMPARE(x.formatMenu, 1);
+            x.RadioButton_Action(Scope::Custom);
+            x.PushButton1_Action(); // nothing ticked: said before a file is asked for, and the window stays
+            QVERIFY(x.ButtonPressed.isEmpty() && dialogs.messages == QStringList{RowChoice::kPWTickRow});
+            x.RadioButton_Action(Scope::All);
             x.formatMenu_Change(3);
             x.PushButton1_Action();
             QCOMPARE(x.ButtonPressed, xpops::kXPButtonExport);
