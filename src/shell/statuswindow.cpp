@@ -73,8 +73,10 @@ QList<statuswindow::SwitchItem> statuswindow::statustext_ConstructContextualMenu
         const core::JobRow& row = list.row(r);
         const QString text = row.cell(core::CellJob) + QStringLiteral(" - ") + row.cell(core::CellProject) +
                              QStringLiteral(" - ") + row.cell(core::CellOperation);
-        if (!taken.contains(text)) {
-            taken.insert(text);
+        // Jobs that differ only in case are one job, as everywhere else in the program.
+        const QString key = text.toCaseFolded();
+        if (!taken.contains(key)) {
+            taken.insert(key);
             items.append({text, r});
         }
         gate.step();

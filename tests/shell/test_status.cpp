@@ -108,11 +108,13 @@ private slots:
                  running ? VLKMenulet::Image::StatusAvailable : VLKMenulet::Image::StatusUnavailable);
     }
 
-    // One entry per job, pointing at its first row; choosing one while another runs stops the first and
-    // goes on with the chosen through the start of a row that holds time, so an old day asks first.
+    // One entry per job, whatever its case, pointing at its first row; choosing one while another runs stops
+    // the first and goes on with the chosen through the start of a row that holds time, so an old day asks
+    // first.
     void switchMenu()
     {
         Mainwndo& w = *rig->w();
+        w.ListBox1.row(2).setCell(CellJob, QStringLiteral("a100"));
         const QList<statuswindow::SwitchItem> menu = parts().strip.statustext_ConstructContextualMenu();
         QCOMPARE(menu,
                  (QList<statuswindow::SwitchItem>{
