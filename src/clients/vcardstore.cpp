@@ -330,6 +330,14 @@ platform::Result VCardStore::writeNewCards()
         const GroupCard* card = groupCard(groupId);
         return card ? card->name : QString();
     };
+    // A sync tool carries only the cards of a collection, a subfolder of the address book: a contact goes
+    // beside the card of the group it joins, or beside a member of a group known by name alone.
+    auto groupFolder = [this](const QString& groupId) -> QString {
+        if (const GroupCard* card = groupCard(groupId))
+            return QFileInfo(card->path).path();
+        const QList<int> members = memberIndexes({QString(), groupId});
+        return members.isEmpty() ? m_folder : QFileInfo(m_contacts[members.first()].path).path();
+    };
     auto cardBytes = [](const QStringList& lines) {
         QByteArray bytes;
         for (const QString& line : lines)
@@ -340,10 +348,15 @@ platform::Result VCardStore::writeNewCards()
     // Contacts first, so that a group card never names a member that is not on disk yet.
     for (const auto& contact : std::as_const(m_newContacts)) {
         QStringList categories;
+        QString folder;
         for (const Membership& membership : std::as_const(m_memberships)) {
-            const QString name = membership.contactId == contact.id ? groupName(membership.groupId) : QString();
+            if (membership.contactId != contact.id)
+                continue;
+            const QString name = groupName(membership.groupId);
             if (!name.isEmpty() && !categories.contains(name, Qt::CaseInsensitive))
                 categories << name;
+            if (folder.isEmpty())
+                folder = groupFolder(membership.groupId);
         }
         const QString formatted = QStringList{contact.FirstName, contact.LastName}.join(QLatin1Char(' ')).trimmed();
         QStringList lines{QStringLiteral("BEGIN:VCARD"),
@@ -360,8 +373,9 @@ platform::Result VCardStore::writeNewCards()
             lines << QStringLiteral("CATEGORIES:") + escaped.join(QLatin1Char(','));
         }
         lines << QStringLiteral("END:VCARD");
-        const auto result =
-            m_files.write(m_folder + QLatin1Char('/') + contact.id + QStringLiteral(".vcf"), cardBytes(lines));
+        const auto result = m_files.write((folder.isEmpty() ? m_folder : folder) + QLatin1Char('/') + contact.id +
+                                              QStringLiteral(".vcf"),
+                                          cardBytes(lines));
         if (!result.ok())
             return result;
     }
