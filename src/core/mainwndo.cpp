@@ -26,8 +26,14 @@ Mainwndo::~Mainwndo() = default;
 void Mainwndo::timerTick(platform::Timer& timer, void (Mainwndo::*handler)())
 {
     // A tick that arrives inside a walk or a modal window waits for it to end, so that no minute is
-    // written into rows that are being read or changed.
+    // written into rows that are being read or changed. A tick only reads the clock, so one waiting tick
+    // of a timer stands for all it missed: a burst of them would save again and again, and ask the idle
+    // check within a second whether there was input, as if a minute had passed between the questions.
+    if (m_tickWaiting.contains(&timer))
+        return;
+    m_tickWaiting.insert(&timer);
     m_s.gate.post(this, [this, &timer, handler] {
+        m_tickWaiting.remove(&timer);
         // A stop that came first has measured already and turned the timer off.
         if (timer.mode() != platform::Timer::Off)
             (this->*handler)();

@@ -14,6 +14,7 @@
 
 #include <QObject>
 #include <QRect>
+#include <QSet>
 #include <QStringList>
 
 #include <memory>
@@ -259,6 +260,7 @@ private:
     AppPrefs& m_prefs;
     Services m_s;
     std::unique_ptr<platform::Timer> m_timer2, m_timer3, m_timer4;
+    QSet<const platform::Timer*> m_tickWaiting; // timers with a tick held back by a walk or a modal window
     bool m_saving = false;
     bool m_saveAgain = false;
 };

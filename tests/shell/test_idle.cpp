@@ -150,6 +150,23 @@ private slots:
             QCOMPARE(rig->desktop.probe.checks, 0); // off asks nothing and moves nothing
     }
 
+    // Minutes spent typing in Preferences: the ticks held behind it run as one when it closes, one save
+    // and one question to the idle check, so no false warning follows.
+    void ticksHeldBehindAWindowRunOnce()
+    {
+        startJob(30, 5);
+        dialogs.expectModal(QStringLiteral("prefwin"), [&](platform::ModalForm&) {
+            for (int i = 0; i < 5; ++i)
+                minute(true);
+        });
+        const qsizetype saves = rig->files.written.count(kSheet);
+        const int checks = rig->desktop.probe.checks;
+        rig->program->command(Item::nineprefs);
+        QCOMPARE(rig->files.written.count(kSheet) - saves, 1);
+        QCOMPARE(rig->desktop.probe.checks - checks, 1);
+        QCOMPARE(w().ListBox1.row(0).minutes(), 35);
+    }
+
     // The answers: the row each leaves behind in the window and in the file, and what comes next.
     void answers_data()
     {
