@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QScrollBar>
@@ -161,6 +162,22 @@ private slots:
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(1, 1)).center());
         QCOMPARE(rig.program->presets().ListIndex, 1);
         QVERIFY(view->findChild<QPushButton*>(QStringLiteral("killjob"))->isEnabled());
+    }
+
+    // The strip shows a job as typed: markup in it is text, drawn as wide as the strip measured it.
+    void stripShowsTheJobAsTyped()
+    {
+        testing::ScriptedDialogs dialogs;
+        testing::ProgramRig rig(dialogs);
+        const QString sheet = QStringLiteral("/docs/a.vlk");
+        rig.writeSheet(sheet, {rig.row(QStringLiteral("<script>A100</script>"), 30)});
+        rig.make();
+        shell::ui::Shell shell(*rig.program);
+        rig.program->start({sheet});
+        rig.w()->setListIndex(0);
+        QLabel* text = shell.strip()->statustext();
+        QVERIFY(text->text().startsWith(QStringLiteral("<script>A100")));
+        QVERIFY(text->sizeHint().width() >= text->fontMetrics().horizontalAdvance(text->text()));
     }
 };
 
