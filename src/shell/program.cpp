@@ -23,9 +23,9 @@ namespace shell
 
 Program::Window::Window(Program& program, core::Mainwndo& form)
     : sources(program.m_s.files, program.m_app.prefs, storage::prefFolder(), program.m_joblst),
-      jobs({form, program, program.m_app.prefs, program.m_s.clock, program.m_s.desktop, program.m_s.dialogs,
-            program.m_s.timers, sources, program}),
       clientView(form, {program.m_s.desktop, program, program.m_s.files, storage::prefFile(storage::kClientsFileName)}),
+      jobs({form, program, program.m_app.prefs, program.m_s.clock, program.m_s.desktop, program.m_s.dialogs,
+            program.m_s.timers, sources, program, clientView}),
       rowOps(form, {program.m_s.clock, program.m_s.desktop, program.m_s.dialogs, program, clientView}),
       notes(form, program.m_app.prefs, {program.m_s.desktop, program.m_s.dialogs, clientView}),
       lists(form, {program.m_s.clock, program.m_s.desktop, clientView},
@@ -264,6 +264,8 @@ void Program::runCommand(core::Item item)
 
 void Program::quit()
 {
+    if (m_quitting)
+        return; // a second way out while the first is under way (a close button, the tray) changes nothing
     m_quitting = true;
     if (!m_app._FileQuit_Action())
         m_quitting = false; // cancelled at the save question
@@ -481,13 +483,13 @@ void Program::presetDependants()
                 break;
             }
         }
-        if (found >= 0 && found == list.ListIndex) {
-            // The row already selected is not selected again: nothing changes, and no check runs.
-        } else if (found >= 0 && client) {
+        // A row that is selected already is checked where it stands: a changed budget must show on its
+        // rows now, and the notice may come again for it.
+        const bool moves = found >= 0 && found != list.ListIndex;
+        if (moves && client)
             m_window->clientView.setListBox2Index(found);
-        } else if (found < 0 || !w->setListIndex(found)) {
+        else if (!moves || !w->setListIndex(found))
             client ? m_window->budgets.budgetcheck2() : m_window->budgets.budgetcheck();
-        }
     }
     if (m_window && m_window->jobs.openDialog())
         m_window->jobs.openDialog()->refreshJobsList();

@@ -53,7 +53,6 @@ StatusWindowView::StatusWindowView(statuswindow& form, core::Mainwndo& window, P
     m_text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_text->setTextInteractionFlags(Qt::NoTextInteraction);
     // A job is shown as typed: "<b>" in a project is text, and the width measured for it is the width drawn.
-    m_text->setTextFormat(Qt::PlainText);
     m_run = new QPushButton(this);
     m_run->setObjectName(QStringLiteral("StatusRunButton"));
     m_run->setFixedWidth(statuswindow::kButtonWidth);
@@ -183,7 +182,12 @@ void TrayIcon::refresh()
     m_icon.setToolTip(m_form.trayToolTip());
     if (m_menuOpen)
         return; // the menu is not rebuilt under the pointer
-    m_menu.clear();
+    // The chosen item is still being triggered when the menu hides and when its command changes the
+    // menu: the old items go once the event loop is back, not under QMenu's feet.
+    for (QAction* old : m_menu.actions()) {
+        m_menu.removeAction(old);
+        old->deleteLater();
+    }
     for (const VLKMenulet::MenuItem& item : m_form.Menu) {
         if (item.title.isEmpty()) {
             m_menu.addSeparator();
