@@ -7,7 +7,7 @@ DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compa
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon libxcb-screensaver0-dev \
         libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils \
         librsvg2-bin cmark desktop-file-utils appstream shared-mime-info xdg-utils libfile-mimeinfo-perl \
-        dpkg-dev
+        dpkg-dev openbox tint2 imagemagick inotify-tools python3 python3-dbus python3-gi valgrind
 
 .PHONY: all deps configure build run test test-sanitize fuzz crashtest abuse soak bench format clean install deb debcheck
 
@@ -66,19 +66,17 @@ fuzz:
 
 # The program under Xvfb with its clock sped up, killed CRASH_KILLS times at random instants and in the
 # middle of saves, then restarted; every file must open and no restart may lose more than the minute
-# in progress. Builds the program with the test clock (VELTRICK_TEST_HOOKS) in the build folder.
+# in progress. Runs veltrick-testclock, the program whose clock the test sets.
 CRASH_KILLS ?= 500
 crashtest:
-	@$(MAKE) --no-print-directory deps DEBS="$(DEBS) openbox python3"
+	@$(MAKE) --no-print-directory deps
 	@[ -f $(BUILD)/CMakeCache.txt ] || cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
-	cmake $(BUILD) -DVELTRICK_TEST_HOOKS=ON > /dev/null
-	cmake --build $(BUILD) -j$(JOBS) --target veltrick veltrick-cli
+	cmake --build $(BUILD) -j$(JOBS) --target veltrick-testclock veltrick-cli
 	python3 tests/stress/crashtest.py $(BUILD) $(CRASH_KILLS)
 
 # Net Link of the real program under abuse on 127.0.0.1: floods, silent clients, a 64 MiB request, a
 # dribbled one, clients that leave mid-page; the page must still come after each.
 abuse: build
-	@$(MAKE) --no-print-directory deps DEBS="$(DEBS) openbox python3"
 	python3 tests/stress/netlink_abuse.py $(BUILD)
 
 # The randomized command test with random seeds for SOAK_SECONDS (30 minutes); a failure prints its seed,

@@ -21,7 +21,4 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Qt's X11 and Wayland platform plugins are loaded at run time, so no library names them.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "shared-mime-info, desktop-file-utils, hicolor-icon-theme, xdg-utils")
-# A program built with the test clock never goes into a package.
-if(NOT VELTRICK_TEST_HOOKS)
-  include(CPack)
-endif()
+include(CPack)

@@ -8,12 +8,14 @@ after; exits 1 when the server stops serving or its memory grows without bound.
 
 netlink_abuse.py BUILD_DIR
 """
+import os
 import select
 import socket
 import sys
 import time
 
-from desktop import Desktop, row
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "journeys"))
+from desktop import Desktop, row  # noqa: E402
 
 ADDRESS = ("127.0.0.1", 2000)
 GET = b"GET / HTTP/1.1\r\nHost: 127.0.0.1:2000\r\n\r\n"

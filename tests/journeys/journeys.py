@@ -1,0 +1,192 @@
+#!/usr/bin/env python3
+"""Journeys: the built program on a desktop of its own, driven with keys and clicks as a user drives it,
+its results read where a user reads them.
+
+journeys.py BUILD_DIR NAME [--wrap "valgrind ..."] [--keep]
+Runs the journey NAME (see JOURNEYS); exits 0 when it went as a user expects, 1 with the reason when not.
+Screenshots go to BUILD_DIR/journeys/NAME-*.png.
+"""
+import argparse
+import datetime
+import os
+import shlex
+import struct
+import subprocess
+import sys
+import time
+import traceback
+
+from desktop import PREFS, Desktop, JourneyFailed, fast_clock, minutes, row, today, wait_for
+
+JOURNEYS = {}
+
+
+def journey(function):
+    JOURNEYS[function.__name__] = function
+    return function
+
+
+def check(condition, message):
+    if not condition:
+        raise JourneyFailed(message)
+
+
+class PrefsWrites:
+    """Counts the writes of the preferences file from now on (each is a rename over it)."""
+
+    def __init__(self, d):
+        self.log = os.path.join(d.work, "prefs-writes-%d" % time.time_ns())
+        self.out = open(self.log, "w")
+        self.watch = subprocess.Popen(["inotifywait", "-m", "-q", "-e", "moved_to,close_write", "--format", "%f",
+                                       d.config], stdout=self.out, stderr=subprocess.DEVNULL)
+        time.sleep(0.3)  # the watch is set
+
+    def count(self):
+        time.sleep(0.3)
+        self.watch.terminate()
+        self.watch.wait()
+        self.out.close()
+        with open(self.log) as lines:
+            return sum(1 for line in lines if line.strip() == PREFS)
+
+
+def presets(d):
+    """The preset jobs file: job, project, budget and closed hours of each."""
+    path = os.path.join(d.config, "VK8JobsList")
+    if not os.path.exists(path):
+        return []
+    data = open(path, "rb").read()
+    (count,), at, jobs = struct.unpack(">i", data[:4]), 4, []
+    for _ in range(count):
+        fields = []
+        for _ in range(5):
+            length = data[at]
+            fields.append(data[at + 1:at + 1 + length].decode())
+            at += 1 + length
+        jobs.append(fields[:4])
+    return jobs
+
+
+def sheet_of(d, rows, name="sheet.vlk", start=("", "")):
+    return d.write_sheet(name, {"starthrs": start[0], "startmin": start[1], "rows": rows})
+
+
+def open_sheet(d, path, program=None):
+    d.start(path, program=program)
+    window = d.window(os.path.splitext(os.path.basename(path))[0] + r".*")
+    d.focus(window)
+    return window
+
+
+def quit_cleanly(d, way, window):
+    """Quit by `way` from `window`: the program ends once, writing its settings at most twice."""
+    writes = PrefsWrites(d)
+    d.focus(window)
+    d.key(*way)
+    check(d.ended(120 if d.wrapper else 30) == 0, "the program ended with an error")
+    count = writes.count()
+    check(1 <= count <= 2, "the settings were written %d times on the way out" % count)
+
+
+@journey
+def quit(d):
+    """Quit from every state: the start window by its key, its menu and its close button; the timesheet
+    window stopped and running; with the preset window open; with a modal window open, which keeps the
+    program until it is closed."""
+    for way in (["ctrl+q"], ["alt+f", "Up", "Return"], ["alt+F4"]):
+        d.start()
+        quit_cleanly(d, way, d.window("Veltrick"))
+    path = sheet_of(d, [row(today(), "J1", 30, project="Quit")])
+    for running in (False, True):
+        window = open_sheet(d, path)
+        if running:
+            d.key("alt+c", "Return")  # Control > Start
+            wait_for("the job to run", lambda: d.sheet(path)["rows"][0]["run"] == "*")
+        quit_cleanly(d, ["ctrl+q"], window)
+        check(d.sheet(path)["rows"][0]["run"] == "", "the job still runs in the file after the quit")
+    window = open_sheet(d, path)
+    d.key("ctrl+b")
+    d.window("Veltrick - Preset Jobs")
+    quit_cleanly(d, ["ctrl+q"], window)
+    window = open_sheet(d, path)
+    d.key("ctrl+comma")
+    prefs = d.window("Veltrick - Preferences")
+    d.key("ctrl+q")
+    time.sleep(1)
+    d.alive()
+    check(d.windows("Veltrick - Preferences"), "the modal window vanished")
+    d.screenshot("quit-modal")
+    d.focus(prefs)
+    x, y, width, height = d.geometry(prefs)
+    d.click(width - 60, height - 22, window=prefs)  # Save Preferences, the only way out of the window
+    d.gone("Veltrick - Preferences")
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+def tray_choice(d, downs):
+    x, y = d.tray_icon()
+    d.click(x, y, 3)
+    time.sleep(0.4)
+    d.key(*(["Down"] * downs), "Return")
+
+
+@journey
+def tray(d):
+    """Twenty choices from the tray's menu, Start, Stop and Show Timesheet in turn: each does what it
+    says, the file follows, and the program lives through them all."""
+    path = sheet_of(d, [row(today(), "J1", 30, project="Tray"), row(today(), "J2", 0, run="**")])
+    window = open_sheet(d, path)
+    d.key("Down")
+    running = False
+    for choice in range(20):
+        if choice % 3 == 2:
+            tray_choice(d, 2)  # Show Timesheet
+            wait_for("the timesheet in front", lambda: d.active_title().startswith("sheet"))
+        else:
+            tray_choice(d, 1)  # Start or Stop, whichever the menu offers
+            running = not running
+            want = "*" if running else ""
+            wait_for("the file to say %s" % ("running" if running else "stopped"),
+                     lambda: d.sheet(path)["rows"][0]["run"] == want)
+        d.alive()
+        if choice == 0:
+            d.screenshot("tray-running")
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    if sys.argv[1:] == ["--list"]:
+        print(";".join(JOURNEYS))  # for the build, which makes a test of each
+        return 0
+    parser.add_argument("build")
+    parser.add_argument("name", choices=sorted(JOURNEYS))
+    parser.add_argument("--wrap", default="", help="a command put before the program, such as valgrind")
+    parser.add_argument("--keep", action="store_true", help="keep the desktop's folder")
+    args = parser.parse_args()
+    d = Desktop(args.build, wrapper=shlex.split(args.wrap))
+    failed = False
+    try:
+        JOURNEYS[args.name](d)
+        print("journey %s: passed" % args.name)
+    except JourneyFailed as failure:
+        failed = True
+        print("journey %s FAILED: %s" % (args.name, failure))
+        print("screen:", d.screenshot(args.name + "-failed"))
+    except Exception:
+        failed = True
+        traceback.print_exc()
+        print("screen:", d.screenshot(args.name + "-failed"))
+    finally:
+        if d.app is not None and d.app.poll() is None:
+            d.app.kill()
+        if failed and d.app is not None:
+            print("program's errors:", d.errors()[-3000:])
+        d.close(keep=args.keep or failed)
+        if args.keep or failed:
+            print("kept", d.work)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
