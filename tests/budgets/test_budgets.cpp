@@ -112,7 +112,8 @@ private slots:
         QCOMPARE(presets().joblst[0].closedTag, QString::number(steps.last() % 60));
     }
 
-    // One notice per job and run, whatever the selection does; a changed budget may warn again.
+    // One notice per job and run, whatever the selection does; a changed budget may warn again. A change
+    // of the budget of the selected row's job shows on its rows at once.
     void noticeOncePerRun()
     {
         open({rig->row(QStringLiteral("A100"), 60), rig->row(QStringLiteral("B2"), 5)},
@@ -121,11 +122,12 @@ private slots:
         rig->w()->setListIndex(1);
         rig->w()->setListIndex(0);
         QCOMPARE(rig->notifier.shown.size(), 1);
-        presets().joblst_Change(0);
-        presets().EditField4_TextChange(QStringLiteral("02"));
-        presets().addjob_Action();
-        QVERIFY(!rig->w()->budgetNotice);
-        budgets().budgetcheck();
+        for (const char* budget : {"01", "02"}) {
+            presets().joblst_Change(0);
+            presets().EditField4_TextChange(QString::fromLatin1(budget));
+            presets().addjob_Action();
+            QCOMPARE(rig->w()->ListBox1.row(0).budget == kBudgetOver, budget == QByteArray("01"));
+        }
         QCOMPARE(rig->notifier.shown.size(), 2);
         QCOMPARE(rig->w()->trackListindex, (QStringList{"A100", "A100"}));
     }
@@ -212,14 +214,14 @@ private slots:
         QVERIFY(p.EditField2_KeyDown(QLatin1Char(':')));
         p.EditField2_TextChange(QStringLiteral("r12"));
         p.EditField3_TextChange(QStringLiteral("Roof"));
-        QVERIFY(p.addjobEnabled && p.addjobDefault);
+        QVERIFY(p.addjobEnabled && p.addjobDefault());
         p.EditField4_TextChange(QStringLiteral("7"));
         p.EditField5_TextChange(QStringLiteral("99")); // a new job has closed nothing yet
         p.addjob_Action();
         QCOMPARE(p.joblst, (storage::PresetJobList{{"R12", "Roof", "07", "00", {}, {}, {}}}));
         p.joblst_Change(0);
         QCOMPARE(p.addjobCaption, budgets::preSetJobsWin::kPSChangeBtn);
-        QVERIFY(p.EditField5.Enabled && p.killjobEnabled);
+        QVERIFY(p.EditField5.Enabled && p.killjobEnabled && p.addjobEnabled);
         p.joblst_DoubleClick();
         QCOMPARE(p.addjobCaption, budgets::preSetJobsWin::kPSAddBtn);
         QVERIFY(p.EditField2.Text.isEmpty() && !p.EditField5.Enabled);
