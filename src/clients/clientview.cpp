@@ -221,8 +221,9 @@ void ClientView::rebuildFollowingListBox1()
             break;
         }
     }
-    m_w.ListBox2.ListIndex = match;
-    emit listBox2SelectionChanged();
+    // Through the change, so that a row of another client loses the selection in ListBox1 too: the run
+    // button must never start a row that is not on show.
+    setListBox2Index(match);
 }
 
 bool ClientView::invisibledragbarV_MouseDrag(int pointerX, int dx)

@@ -1,5 +1,6 @@
 #include "jobs/jobdialog.h"
 
+#include "clients/clientview.h"
 #include "core/app.h"
 #include "core/timetext.h"
 #include "jobs/notes.h"
@@ -438,12 +439,8 @@ void specialw::setdata()
 
     w.setListIndex(row);
     w.boxchange = true;
-    if (w.ListBox2Ctl.visible) {
-        const int shown = w.ListBox2.ListIndex;
-        m_s.mainHooks.populatelistbox2();
-        w.ListBox2.ListIndex = shown < w.ListBox2.ListCount() ? shown : -1;
-        emit w.selectionChanged();
-    }
+    if (w.ListBox2Ctl.visible)
+        m_s.clientView.rebuildKeepingIndex(); // ListBox1 follows the row the view keeps selected
     m_s.mainHooks.budgetcheck();
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
     w.rowcheck();

@@ -18,6 +18,11 @@
 #include <memory>
 #include <optional>
 
+namespace clients
+{
+class ClientView;
+}
+
 namespace jobs
 {
 
@@ -106,6 +111,7 @@ struct JobServices
     platform::TimerFactory& timers;
     SpecialwSources& sources;
     SpecialwHooks& hooks;
+    clients::ClientView& clientView;
 };
 
 // The job details dialog as a form: the fields of one job, the menus that fill them, the key filters,

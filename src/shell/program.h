@@ -62,8 +62,8 @@ public:
         Window(Program& program, core::Mainwndo& form);
 
         jobs::FileSources sources;
-        jobs::JobOps jobs;
         clients::ClientView clientView;
+        jobs::JobOps jobs;
         jobs::RowOps rowOps;
         jobs::Notes notes;
         jobs::ListBehaviour lists;

@@ -2,6 +2,7 @@
 
 // A main window with the job operations around it, on fakes: files in memory, a clock that stands
 // still, scripted dialogs and timers fired by hand.
+#include "clients/clientview.h"
 #include "core/mainwndo.h"
 #include "core/timetext.h"
 #include "jobs/jobops.h"
@@ -16,21 +17,13 @@
 namespace testing
 {
 
-// Rebuilds the client view for real, since the dialog reads it back.
+// Rebuilds the client view for real, as the program does, since the dialog reads it back.
 class JobRigMainHooks : public core::MainwndoHooks
 {
 public:
-    core::Mainwndo* w = nullptr;
+    clients::ClientView* view = nullptr;
 
-    void populatelistbox2() override
-    {
-        w->ListBox2.rows.clear();
-        for (int i = 0; i < w->ListBox1.ListCount(); ++i) {
-            w->ListBox1.row(i).setCell(core::CellLink, QString::number(i));
-            if (w->ListBox1.Cell(i, core::CellClient).compare(w->LB2ClientName, Qt::CaseInsensitive) == 0)
-                w->ListBox2.AddRow(w->ListBox1.row(i));
-        }
-    }
+    void populatelistbox2() override { view->rebuildFollowingListBox1(); }
 };
 
 // Records which of the other windows the dialog asked for.
@@ -73,12 +66,14 @@ struct JobRig
     jobs::FileSources sources{files, prefs, QStringLiteral("/prefs"), joblst};
     platform::EventGate gate;
     core::Mainwndo w{prefs, {clock, desktop, dialogs, timers, mainHooks, gate}};
-    jobs::JobServices services{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks};
+    clients::ClientView view{w, {desktop, mainHooks, files, kFolder + storage::kClientsFileName}};
+    jobs::JobServices services{w, mainHooks, prefs, clock, desktop, dialogs, timers, sources, hooks, view};
     jobs::JobOps ops{services};
 
     JobRig()
     {
-        mainHooks.w = hooks.w = &w;
+        mainHooks.view = &view;
+        hooks.w = &w;
         prefs.usrname = QStringLiteral("Ann");
     }
 

@@ -407,12 +407,12 @@ private slots:
     void singleClientViewPresetsAndRebuilds()
     {
         openSheet();
-        rig->w.LB2ClientName = QStringLiteral("Smith & Sons");
         for (core::JobRow& r : rig->w.ListBox1.rows)
-            r.setCell(core::CellClient, rig->w.LB2ClientName);
-        rig->w.ListBox2Ctl.visible = true;
-        rig->mainHooks.populatelistbox2();
-        rig->w.ListBox2.ListIndex = 2;
+            r.setCell(core::CellClient, QStringLiteral("Smith & Sons"));
+        rig->writeClients({QStringLiteral("Smith & Sons")});
+        rig->view.clientlist2_ExpandRow();
+        rig->view.setClientlist2Index(1);
+        rig->view.setListBox2Index(2);
         rig->play([](specialw& d) {
             QCOMPARE(d.popupclnt.caption, QStringLiteral("Smith && Sons"));
             JobRig::fillValid(d);
@@ -421,7 +421,8 @@ private slots:
         rig->ops.donewjob();
         QCOMPARE(rig->w.ListBox1.Cell(0, core::CellClient), QStringLiteral("Smith & Sons"));
         QCOMPARE(rig->w.ListBox2.ListCount(), 4); // the new job shows at once
-        QCOMPARE(rig->w.ListBox2.ListIndex, 2);   // with the view's selection kept
+        // with the view's selection kept, and the whole list on the same row
+        QCOMPARE(std::pair(rig->w.ListBox2.ListIndex, rig->w.ListBox1.ListIndex), std::pair(2, 2));
     }
 
     void editAndDuplicateNeedASelectedRow()
