@@ -52,6 +52,9 @@ private slots:
         const QModelIndex date = pane.ListBox2()->model()->index(1, CellDate);
         QVERIFY(date.data(Qt::FontRole).value<QFont>().bold());
         QCOMPARE(date.data(Qt::BackgroundRole).value<QBrush>().color(), QColor(255, 255, 0));
+        QTest::mouseClick(pane.ListBox2()->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                          pane.ListBox2()->visualRect(date).center()); // the highlight off: none selected
+        QCOMPARE(std::pair(f.w.ListBox2.ListIndex, f.w.ListBox1.ListIndex), std::pair(-1, -1));
 
         // A drag of the client column's handle sets the width the settings keep.
         pane.setSizes({200, 500});

@@ -110,6 +110,11 @@ private slots:
 
         form.setListIndex(2); // a selection made by the program shows in the list
         QCOMPARE(view.ListBox1()->currentIndex().row(), 2);
+        // Ctrl+click on the highlighted row takes the highlight off, and the selection with it.
+        QTest::mouseClick(view.ListBox1()->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                          view.ListBox1()->visualRect(view.ListBox1()->model()->index(2, 0)).center());
+        QCOMPARE(form.ListBox1.ListIndex, -1);
+        QVERIFY(!view.runButton()->isEnabled());
     }
 };
 

@@ -90,14 +90,14 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
         QTreeWidgetItem* parent = current->parent();
         m_view.setClientlist2Index(parent ? parent->indexOfChild(current) + 1 : 0);
     });
-    connect(m_listBox2->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& current) {
-                if (m_showing)
-                    return;
-                const int row = current.isValid() ? current.row() : -1;
-                if (row != m_w.ListBox2.ListIndex)
-                    m_view.setListBox2Index(row);
-            });
+    // As in ListBox1: the highlighted row, which Ctrl+click can take away, is the selection.
+    connect(m_listBox2->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (m_showing)
+            return;
+        const int row = core::ui::selectedRow(m_listBox2);
+        if (row != m_w.ListBox2.ListIndex)
+            m_view.setListBox2Index(row);
+    });
     connect(&view, &ClientView::clientRowsChanged, this, &ClientPane::showClientRows);
     connect(&view, &ClientView::listBox2Reset, this, [this] {
         m_model->resetAll();

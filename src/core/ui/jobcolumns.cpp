@@ -90,6 +90,12 @@ QFont listFont(const AppPrefs& prefs)
     return listFont(prefs.chosefont, prefs.fontsize);
 }
 
+int selectedRow(const QTreeView* list)
+{
+    const QModelIndexList rows = list->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
 JobColumns::JobColumns(QTreeView* list) : QObject(list), m_list(list)
 {
     // The widths below decide; the header's own least width would hold narrow columns wider.

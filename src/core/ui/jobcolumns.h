@@ -23,6 +23,9 @@ std::array<int, 7> jobColumnWidths(const QFont& font, int width);
 QFont listFont(const AppPrefs& prefs);
 QFont listFont(const QString& family, int size);
 
+// The row a job list shows highlighted, or -1 for none.
+int selectedRow(const QTreeView* list);
+
 // Keeps a job list's columns laid out by jobColumnWidths whenever the list's width or font changes, so
 // that ListBox1 and ListBox2, which are as wide as each other, always match.
 class JobColumns : public QObject

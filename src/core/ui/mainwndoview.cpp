@@ -94,12 +94,13 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
 
     connect(m_runButton, &QPushButton::clicked, this, &MainwndoView::runButtonClicked);
     connect(m_njButton2, &QPushButton::clicked, this, &MainwndoView::njButton2Clicked);
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& current) {
-                const int row = current.isValid() ? current.row() : -1;
-                if (row != m_form.ListBox1.ListIndex)
-                    m_form.setListIndex(row);
-            });
+    // The highlighted row is the selected one. Ctrl+click takes the highlight off without moving the
+    // current row, so the selection, not the current row, is what the form follows.
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        const int row = selectedRow(m_list);
+        if (row != m_form.ListBox1.ListIndex)
+            m_form.setListIndex(row);
+    });
     connect(&form, &Mainwndo::controlsChanged, this, &MainwndoView::refresh);
     connect(&form, &Mainwndo::rowsReset, this, [this] {
         m_model->resetAll();
