@@ -53,6 +53,7 @@ StatusWindowView::StatusWindowView(statuswindow& form, core::Mainwndo& window, P
     m_text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_text->setTextInteractionFlags(Qt::NoTextInteraction);
     // A job is shown as typed: "<b>" in a project is text, and the width measured for it is the width drawn.
+    m_text->setTextFormat(Qt::PlainText);
     m_run = new QPushButton(this);
     m_run->setObjectName(QStringLiteral("StatusRunButton"));
     m_run->setFixedWidth(statuswindow::kButtonWidth);
