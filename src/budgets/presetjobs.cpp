@@ -4,6 +4,8 @@
 #include "platform/yieldgate.h"
 #include "storage/binary_stream.h"
 
+#include <algorithm>
+
 namespace budgets
 {
 
@@ -94,9 +96,28 @@ void preSetJobsWin::exportList()
     m_s.dialogs.message(written.ok() ? kPSExportDialogText : kWriteFail + QStringLiteral("\n\n") + written.message);
 }
 
+const storage::PresetJob* preSetJobsWin::selectedJob() const
+{
+    return ListIndex >= 0 && ListIndex < joblst.size() ? &joblst[ListIndex] : nullptr;
+}
+
+int preSetJobsWin::jobLimit() const
+{
+    const storage::PresetJob* selected = selectedJob();
+    return std::max(kJobLimit, selected ? int(selected->job.size()) : 0);
+}
+
+int preSetJobsWin::projectLimit() const
+{
+    const storage::PresetJob* selected = selectedJob();
+    return std::max(kProjectLimit, selected ? int(selected->project.size()) : 0);
+}
+
 void preSetJobsWin::joblst_Change(int row)
 {
     ListIndex = row >= 0 && row < joblst.size() ? row : -1;
+    // A selected job can be changed at once; with none, Add waits for a job number and a project.
+    addjobEnabled = ListIndex >= 0;
     if (ListIndex >= 0) {
         const storage::PresetJob& job = joblst[ListIndex];
         focus = Focus::EditField2;
@@ -145,16 +166,15 @@ bool preSetJobsWin::emptyJobFirst(Field& field, const QString& text)
 
 void preSetJobsWin::EditField2_TextChange(const QString& text)
 {
-    EditField2.Text = text.left(kJobLimit).toUpper();
+    EditField2.Text = text.left(jobLimit()).toUpper();
     emit changed();
 }
 
 void preSetJobsWin::EditField3_TextChange(const QString& text)
 {
-    if (emptyJobFirst(EditField3, text.left(kProjectLimit)))
+    if (emptyJobFirst(EditField3, text.left(projectLimit())))
         return;
     addjobEnabled = true;
-    addjobDefault = !EditField3.Text.isEmpty();
     emit changed();
 }
 
@@ -193,6 +213,8 @@ void preSetJobsWin::clearEditRow()
     EditField4.Text.clear();
     EditField3.Text.clear();
     EditField2.Text.clear();
+    // Empty fields have nothing to add or change with, until they are typed in or a job is picked.
+    addjobEnabled = false;
     focus = Focus::EditField2;
 }
 

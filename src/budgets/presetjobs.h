@@ -92,11 +92,20 @@ public:
     Field EditField2, EditField3, EditField4, EditField5{{}, false};
     QString addjobCaption = kPSAddBtn;
     bool addjobEnabled = false;
-    bool addjobDefault = false;
     bool killjobEnabled = false;
+    // Where the window sends the focus next, set only where it moves the focus itself; the view puts it
+    // there once and clears it, so that typing in a field leaves the focus in that field.
     Focus focus = Focus::EditField2;
     bool visible = false;
     int Left = 0, Top = 0, Width = 0, Height = 0;
+
+    // Return presses addjob only while there is a project: after a change the fields are empty, and a
+    // Return then would overwrite the selected job with nothing.
+    bool addjobDefault() const { return !EditField3.Text.isEmpty(); }
+    // Typing stops at the field's limit, but the selected job's own text, longer when it was imported,
+    // is shown and stored whole.
+    int jobLimit() const;
+    int projectLimit() const;
 
     // The list of the settings folder, read when the main window is made.
     void readlocalprst();
@@ -135,6 +144,7 @@ signals:
 
 private:
     bool emptyJobFirst(Field& field, const QString& text);
+    const storage::PresetJob* selectedJob() const;
     void clearEditRow();
     QString filePath(const QString& name) const;
 

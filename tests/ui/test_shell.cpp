@@ -10,6 +10,7 @@
 #include <QAction>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QScrollBar>
@@ -124,14 +125,19 @@ private slots:
     }
 
     // The preset window opens with no job chosen, though its list makes its first row current as it
-    // takes the focus: Delete stays off until the user picks a row. Its headings show in full.
-    void presetWindowOpensWithNothingChosen()
+    // takes the focus: Delete stays off until the user picks a row. Its headings show in full. A picked
+    // job is changed from the keyboard: the focus stays where the user types, an imported job number and
+    // project longer than typed ones may be are kept whole, and Return has nothing to press once the
+    // fields are empty.
+    void presetWindow()
     {
         testing::ScriptedDialogs dialogs;
         testing::ProgramRig rig(dialogs);
+        const QString job = QStringLiteral("B2-NORTH-WING-ROOF");
+        const QString book = QStringLiteral("Book of the long winter, second edition");
         rig.files.files[storage::prefFile(storage::kPresetJobsFileName)] = storage::encodePresetJobs(
             {{QStringLiteral("A100"), QStringLiteral("Site"), QStringLiteral("02"), QStringLiteral("00"), {}, {}, {}},
-             {QStringLiteral("B2"), QStringLiteral("Book"), QStringLiteral("09"), QStringLiteral("01"), {}, {}, {}}});
+             {job, book, QStringLiteral("09"), QStringLiteral("01"), {}, {}, {}}});
         const QString sheet = QStringLiteral("/docs/a.vlk");
         rig.writeSheet(sheet, {rig.row(QStringLiteral("A100"), 30)});
         rig.make();
@@ -162,6 +168,29 @@ private slots:
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(list->model()->index(1, 1)).center());
         QCOMPARE(rig.program->presets().ListIndex, 1);
         QVERIFY(view->findChild<QPushButton*>(QStringLiteral("killjob"))->isEnabled());
+
+        QVERIFY(view->addjob()->isEnabled());
+        QCOMPARE(view->field(2)->text() + view->field(3)->text(), job + book);
+        const auto typeAtEnd = [](QLineEdit* field, const char* keys) {
+            field->setFocus();
+            field->end(false);
+            for (const char* key = keys; *key; ++key)
+                QTest::keyClick(QApplication::focusWidget(), *key);
+        };
+        typeAtEnd(view->field(2), "\bs");
+        typeAtEnd(view->field(3), "\bs\r");
+        const storage::PresetJob& changed = rig.program->presets().joblst[1];
+        QCOMPARE(changed.job + changed.project, job.chopped(1) + QLatin1Char('S') + book.chopped(1) + QLatin1Char('s'));
+        QVERIFY(!view->addjob()->isDefault() && !view->addjob()->isEnabled());
+
+        // Escape closes the window as its close box does: the place is kept and the job let go.
+        const int width = view->width() + 40;
+        view->resize(width, view->height());
+        QTRY_COMPARE(view->width(), width);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(!view->isVisible());
+        QCOMPARE(rig.program->app().prefs.presetwinWidth, width);
+        QCOMPARE(rig.program->presets().ListIndex, -1);
     }
 
     // The strip shows a job as typed: markup in it is text, drawn as wide as the strip measured it.

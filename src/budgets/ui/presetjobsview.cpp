@@ -2,7 +2,6 @@
 
 #include "core/texts.h"
 
-#include <QCloseEvent>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -143,8 +142,6 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
         m_fields[i]->installEventFilter(this);
     }
     m_fields[0]->setPlaceholderText(preSetJobsWin::kCue);
-    m_fields[0]->setMaxLength(preSetJobsWin::kJobLimit);
-    m_fields[1]->setMaxLength(preSetJobsWin::kProjectLimit);
     grid->addWidget(new QLabel(preSetJobsWin::kPSJobNotxt, this), 0, 0);
     grid->addWidget(m_fields[0], 0, 1);
     grid->addWidget(new QLabel(preSetJobsWin::kPSProjectTxt, this), 0, 2);
@@ -178,6 +175,8 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     m_killjob->setAutoDefault(false);
     m_addjob = new QPushButton(this);
     m_addjob->setObjectName(QStringLiteral("addjob"));
+    // Return presses it only while the form says so, not whenever the window shows or it has the focus.
+    m_addjob->setAutoDefault(false);
     buttons->addWidget(m_expImp);
     buttons->addStretch();
     buttons->addWidget(m_killjob);
@@ -254,6 +253,8 @@ void PresetJobsView::refresh()
     m_refreshing = true;
     const preSetJobsWin::Field* fields[] = {&m_form.EditField2, &m_form.EditField3, &m_form.EditField4,
                                             &m_form.EditField5};
+    m_fields[0]->setMaxLength(m_form.jobLimit());
+    m_fields[1]->setMaxLength(m_form.projectLimit());
     for (int i = 0; i < 4; ++i) {
         if (m_fields[i]->text() != fields[i]->Text) {
             m_fields[i]->setText(fields[i]->Text);
@@ -265,7 +266,7 @@ void PresetJobsView::refresh()
     }
     m_addjob->setText(m_form.addjobCaption);
     m_addjob->setEnabled(m_form.addjobEnabled);
-    m_addjob->setDefault(m_form.addjobDefault);
+    m_addjob->setDefault(m_form.addjobDefault());
     m_killjob->setEnabled(m_form.killjobEnabled);
     const QModelIndexList selected = m_list->selectionModel()->selectedRows();
     if ((selected.isEmpty() ? -1 : selected.first().row()) != m_form.ListIndex) {
@@ -281,9 +282,20 @@ void PresetJobsView::refresh()
 
 void PresetJobsView::placeFocus()
 {
+    // A hidden view leaves the request to the one on screen (the modal copy over the job dialog) or to
+    // its own showing.
+    if (!isVisible())
+        return;
     const int wanted = int(m_form.focus) - int(preSetJobsWin::Focus::EditField2);
-    if (wanted >= 0 && wanted < 4 && isVisible() && !m_fields[wanted]->hasFocus())
+    m_form.focus = preSetJobsWin::Focus::None;
+    if (wanted >= 0 && wanted < 4)
         m_fields[wanted]->setFocus();
+}
+
+void PresetJobsView::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    placeFocus();
 }
 
 bool PresetJobsView::event(QEvent* event)
@@ -310,14 +322,15 @@ bool PresetJobsView::eventFilter(QObject* watched, QEvent* event)
     return QDialog::eventFilter(watched, event);
 }
 
-void PresetJobsView::closeEvent(QCloseEvent* event)
+void PresetJobsView::reject()
 {
+    // Escape and the close box both end here: the window's place is kept and the edit row emptied.
     m_form.Left = x();
     m_form.Top = y();
     m_form.Width = width();
     m_form.Height = height();
     m_form.Event_CancelClose();
-    QDialog::closeEvent(event);
+    QDialog::reject();
 }
 
 } // namespace budgets::ui
