@@ -50,7 +50,7 @@ class PrefsWrites:
             return sum(1 for line in lines if line.strip() == PREFS)
 
 
-def presets(d):
+def preset_jobs(d):
     """The preset jobs file: job, project, budget and closed hours of each."""
     path = os.path.join(d.config, "VK8JobsList")
     if not os.path.exists(path):
@@ -123,6 +123,102 @@ def quit(d):
     quit_cleanly(d, ["ctrl+q"], window)
 
 
+@journey
+def presets(d):
+    """The preset window as a user fills it: typing lands in the field typed in, Return adds and changes,
+    a Return after a change alters nothing, Escape leaves no row chosen, Delete removes."""
+    path = sheet_of(d, [row(today(), "J1", 30, project="Presets")])
+    window = open_sheet(d, path)
+    d.key("ctrl+b")
+    p = d.window("Veltrick - Preset Jobs")
+    d.focus(p)
+    d.type("j100")
+    d.key("Tab")
+    d.type("Spring")
+    d.key("Tab")
+    d.type("12")
+    d.screenshot("presets-typed")
+    d.key("Return")
+    wait_for("J100 in the preset file", lambda: preset_jobs(d) == [["J100", "Spring", "12", "00"]])
+    first_row, budget, delete = (60, 57), (126, 249), (411, 277)  # inside the window at its first size
+    d.click(*first_row, window=p)
+    d.click(*budget, window=p)
+    d.key("ctrl+a")
+    d.type("20")
+    d.key("Return")  # Change
+    wait_for("the changed budget", lambda: preset_jobs(d) == [["J100", "Spring", "20", "00"]])
+    d.key("Return")  # the fields are empty now: nothing to change
+    time.sleep(0.5)
+    check(preset_jobs(d) == [["J100", "Spring", "20", "00"]], "a Return after Change altered the preset")
+    d.click(*first_row, window=p)
+    d.key("Escape")
+    d.gone("Veltrick - Preset Jobs")
+    d.focus(window)
+    d.key("ctrl+b")
+    d.focus(d.window("Veltrick - Preset Jobs"))
+    d.type("J300")
+    d.key("Tab")
+    d.type("Autumn")
+    d.key("Return")  # a new job: the row chosen before Escape is chosen no more
+    wait_for("J300 beside J100", lambda: [job[0] for job in preset_jobs(d)] == ["J100", "J300"])
+    d.click(first_row[0], first_row[1] + 16, window=p)
+    d.click(*delete, window=p)
+    wait_for("J300 deleted", lambda: [job[0] for job in preset_jobs(d)] == ["J100"])
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+def write_clients(d, names):
+    """The client list as the program keeps it: a count, then each name as a Pascal string."""
+    encoded = [name.encode() for name in names]
+    with open(os.path.join(d.config, "VLK8Contacts"), "wb") as out:
+        out.write(struct.pack(">h", len(encoded)) + b"".join(bytes([len(n)]) + n for n in encoded))
+
+
+def add_job(d, job, project):
+    """Edit > Add Job, filled in as a user does, and OK by Return."""
+    d.key("ctrl+j")
+    dialog = wait_for("the job dialog", lambda: [w for w in d.windows("Veltrick") if d.geometry(w)[3] > 300])[0]
+    d.type(job)
+    d.key("Tab", "Tab")  # past the preset menu's button to Project
+    d.type(project)
+    d.key("Tab", "Tab", "space", "Up", "Return")  # past Client to the Operation menu, its last operation
+    d.screenshot("client-view-job")
+    x, y, width, height = d.geometry(dialog)
+    d.click(width - 50, height - 27, window=dialog)  # OK
+    wait_for("the job dialog to close", lambda: dialog not in d.windows("Veltrick"))
+
+
+@journey
+def client_view(d):
+    """A client's view: a job added there, the highlighted row chosen, started, stopped and deleted; each
+    command acts on the row the view highlights."""
+    write_clients(d, ["Acme", "Bolt"])
+    path = sheet_of(d, [row(today(), "J1", 30, project="One", client="Acme"),
+                        row(today(), "J2", 10, project="Two", client="Bolt"),
+                        row(today(), "J3", 20, project="Three", client="Acme")])
+    window = open_sheet(d, path)
+    d.click(60, 53, window=window)  # All Clients
+    d.key("Right", "Down")  # open it, and choose Acme
+    add_job(d, "J9", "Nine")
+    d.key("ctrl+s")
+    wait_for("J9 saved", lambda: any(r["job"] == "J9" for r in d.sheet(path)["rows"]))
+    d.click(210, 71, window=window)  # the view's first row, J1
+    d.key("alt+c", "Return")  # Control > Start
+    d.screenshot("client-view-running")
+    runs = lambda: {r["job"]: r["run"] for r in d.sheet(path)["rows"]}
+    wait_for("J1 to run", lambda: runs()["J1"] == "*")
+    check(runs()["J9"] != "*", "the new row runs, not the one highlighted")
+    d.key("alt+c", "Return")  # Control > Stop
+    wait_for("J1 to stop", lambda: runs()["J1"] == "")
+    d.key("alt+e", "Up", "Up", "Return")  # Edit > Delete Job
+    time.sleep(0.5)
+    d.key("Return")  # yes, delete it
+    d.key("ctrl+s")
+    wait_for("J1 deleted", lambda: "J1" not in runs())
+    check(sorted(runs()) == ["J2", "J3", "J9"], "another row went with J1: %s" % sorted(runs()))
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
 def tray_choice(d, downs):
     x, y = d.tray_icon()
     d.click(x, y, 3)
@@ -133,7 +229,8 @@ def tray_choice(d, downs):
 @journey
 def tray(d):
     """Twenty choices from the tray's menu, Start, Stop and Show Timesheet in turn: each does what it
-    says, the file follows, and the program lives through them all."""
+    says, the file follows, and the program lives through them all; then a modal window and the quit.
+    The run under valgrind's memcheck sees every menu's actions freed or kept."""
     path = sheet_of(d, [row(today(), "J1", 30, project="Tray"), row(today(), "J2", 0, run="**")])
     window = open_sheet(d, path)
     d.key("Down")
@@ -151,6 +248,13 @@ def tray(d):
         d.alive()
         if choice == 0:
             d.screenshot("tray-running")
+    # A modal window over it all, left by its button.
+    d.focus(window)
+    d.key("ctrl+comma")
+    prefs = d.window("Veltrick - Preferences")
+    x, y, width, height = d.geometry(prefs)
+    d.click(width - 60, height - 22, window=prefs)  # Save Preferences
+    d.gone("Veltrick - Preferences")
     quit_cleanly(d, ["ctrl+q"], window)
 
 
