@@ -284,6 +284,9 @@ void preSetJobsWin::Event_CancelClose()
     m_s.prefs.presetwinHeight = Height;
     m_s.prefs.presetwinWidth = Width;
     joblst_Change(-1);
+    // Closed with nothing chosen, the window comes back ready for a new job number, wherever the focus
+    // was: typing into the list would pick a job by its first letter and change it.
+    focus = Focus::EditField2;
     visible = false;
     emit visibilityChanged();
 }

@@ -187,10 +187,14 @@ private slots:
         const int width = view->width() + 40;
         view->resize(width, view->height());
         QTRY_COMPARE(view->width(), width);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Escape);
         QVERIFY(!view->isVisible());
         QCOMPARE(rig.program->app().prefs.presetwinWidth, width);
         QCOMPARE(rig.program->presets().ListIndex, -1);
+        rig.program->command(Item::presetJobs); // back with the focus in "Job No:", not in the list
+        QTRY_VERIFY(view->isVisible());
+        QCOMPARE(view->focusWidget(), view->field(2));
     }
 
     // The strip shows a job as typed: markup in it is text, drawn as wide as the strip measured it.
