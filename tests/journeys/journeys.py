@@ -155,7 +155,8 @@ def presets(d):
     d.gone("Veltrick - Preset Jobs")
     d.focus(window)
     d.key("ctrl+b")
-    d.focus(d.window("Veltrick - Preset Jobs"))
+    p = d.window("Veltrick - Preset Jobs")  # shown again, in a new window
+    d.focus(p)
     d.type("J300")
     d.key("Tab")
     d.type("Autumn")
