@@ -96,7 +96,7 @@ int selectedRow(const QTreeView* list)
     return rows.isEmpty() ? -1 : rows.first().row();
 }
 
-JobColumns::JobColumns(QTreeView* list) : QObject(list), m_list(list)
+JobColumns::JobColumns(QTreeView* list) : QObject(list), m_list(list), m_viewport(list->viewport())
 {
     // The widths below decide; the header's own least width would hold narrow columns wider.
     list->header()->setMinimumSectionSize(1);
@@ -116,7 +116,7 @@ void JobColumns::layout()
 
 bool JobColumns::eventFilter(QObject* watched, QEvent* event)
 {
-    if ((watched == m_list->viewport() && event->type() == QEvent::Resize) ||
+    if ((watched == m_viewport && event->type() == QEvent::Resize) ||
         (watched == m_list && event->type() == QEvent::FontChange))
         layout();
     return QObject::eventFilter(watched, event);

@@ -39,6 +39,8 @@ protected:
 
 private:
     QTreeView* m_list;
+    // Kept apart: the list's destructor sends its viewport events when it is no longer a scroll area.
+    QObject* m_viewport;
 };
 
 } // namespace core::ui

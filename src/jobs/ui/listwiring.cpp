@@ -9,7 +9,7 @@ namespace jobs::ui
 {
 
 ListWiring::ListWiring(QTreeView* list, int which, ListBehaviour& behaviour)
-    : QObject(list), m_list(list), m_which(which), m_behaviour(behaviour)
+    : QObject(list), m_list(list), m_viewport(list->viewport()), m_which(which), m_behaviour(behaviour)
 {
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
@@ -76,7 +76,7 @@ bool ListWiring::eventFilter(QObject* watched, QEvent* event)
         }
         return m_behaviour.ListBox_KeyDown(m_which, c);
     }
-    if (m_which == 1 && watched == m_list->viewport() &&
+    if (m_which == 1 && watched == m_viewport &&
         (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick))
         return m_behaviour.ListBox1_MouseDown();
     return QObject::eventFilter(watched, event);

@@ -28,6 +28,8 @@ private:
     void headingPressed(int section);
 
     QTreeView* m_list;
+    // Kept apart: the list's destructor sends its viewport events when it is no longer a scroll area.
+    QObject* m_viewport;
     int m_which;
     ListBehaviour& m_behaviour;
 };
