@@ -43,8 +43,9 @@ void Document::sesame()
         result = decodeTimesheet(bytes);
     // A damaged file still shows what could be read; with no path the damaged file is never overwritten.
     w.ListBox1.rows = std::move(result.sheet.rows);
-    if (!result.complete)
-        stopRunningRows(w.ListBox1.rows); // the start time is stored last: a file cut short has none
+    // A running row is charged from the start time, which is stored last: a file cut short has none.
+    if (!result.complete || result.sheet.starthrs.isEmpty())
+        stopRunningRows(w.ListBox1.rows);
     w.ListBox1.starthrs = result.sheet.starthrs;
     w.ListBox1.startmin = result.sheet.startmin;
     emit w.rowsReset();

@@ -97,6 +97,8 @@ private slots:
         QTest::newRow("over midnight") << day << "23:50" << QDateTime(day.addDays(1), QTime(0, 10)) << 0 << "01:20";
         QTest::newRow("next day, later clock")
             << day << "09:00" << QDateTime(day.addDays(1), QTime(10, 0)) << 0 << "26:00";
+        // No start time to count from: the row is stopped as it stands, not charged from midnight.
+        QTest::newRow("no start time") << day << "" << QDateTime(day, QTime(11, 0)) << 0 << "01:00";
     }
 
     void leftOverTimer()
@@ -115,11 +117,17 @@ private slots:
                                 [](platform::ModalForm& f) { static_cast<Dupitwndo&>(f).dupeit_Action(); });
         app->thisdoc = kPath;
         doc->sesame();
+        Mainwndo& w = app->mainwndo();
+        if (start.isEmpty()) {
+            QVERIFY(dialogs.messages.isEmpty() && !w.running);
+            QTEST(hhmm(w.ListBox1.row(0).minutes()), "charged");
+            QCOMPARE(w.ListBox1.row(0).run, kRunStopped);
+            return;
+        }
 
         QCOMPARE(dialogs.messages, QStringList{QStringLiteral(
                                        "Veltrick - WARNING!\n\nThe timer was not stopped for the Job in Row 1. The "
                                        "time elapsed while Veltrick was closed will be added to this jobs total.")});
-        Mainwndo& w = app->mainwndo();
         const JobRow& charged = w.ListBox1.row(nextDay ? 1 : 0);
         QTEST(hhmm(charged.minutes()), "charged");
         QVERIFY(w.running);
