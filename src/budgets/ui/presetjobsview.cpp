@@ -1,6 +1,7 @@
 #include "budgets/ui/presetjobsview.h"
 
 #include "core/texts.h"
+#include "core/ui/jobcolumns.h"
 
 #include <QGridLayout>
 #include <QHeaderView>
@@ -188,8 +189,7 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         if (m_refreshing)
             return;
-        const QModelIndexList rows = m_list->selectionModel()->selectedRows();
-        m_form.joblst_Change(rows.isEmpty() ? -1 : rows.first().row());
+        m_form.joblst_Change(core::ui::selectedRow(m_list));
     });
     connect(m_list, &QTreeView::doubleClicked, this, [this] { m_form.joblst_DoubleClick(); });
     connect(m_fields[0], &QLineEdit::textEdited, this, [this](const QString& t) { m_form.EditField2_TextChange(t); });
@@ -268,8 +268,7 @@ void PresetJobsView::refresh()
     m_addjob->setEnabled(m_form.addjobEnabled);
     m_addjob->setDefault(m_form.addjobDefault());
     m_killjob->setEnabled(m_form.killjobEnabled);
-    const QModelIndexList selected = m_list->selectionModel()->selectedRows();
-    if ((selected.isEmpty() ? -1 : selected.first().row()) != m_form.ListIndex) {
+    if (core::ui::selectedRow(m_list) != m_form.ListIndex) {
         if (m_form.ListIndex >= 0)
             m_list->setCurrentIndex(m_model->index(m_form.ListIndex, 0));
         else

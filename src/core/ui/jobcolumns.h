@@ -23,7 +23,8 @@ std::array<int, 7> jobColumnWidths(const QFont& font, int width);
 QFont listFont(const AppPrefs& prefs);
 QFont listFont(const QString& family, int size);
 
-// The row a job list shows highlighted, or -1 for none.
+// The row a list shows highlighted, or -1 for none: the user's choice, which Ctrl+click can take away
+// without moving the current row.
 int selectedRow(const QTreeView* list);
 
 // Keeps a job list's columns laid out by jobColumnWidths whenever the list's width or font changes, so

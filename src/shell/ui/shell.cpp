@@ -192,7 +192,8 @@ Shell::Shell(Program& program) : m_program(program)
     });
     // exit(), not quit(): quit() first offers every window its close, and the start window's close is
     // itself a quit, so the two would ask each other for ever.
-    connect(&m_program, &Program::exitRequested, qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+    connect(
+        &m_program, &Program::exitRequested, qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
     connect(&m_program, &Program::timesheetWanted, this, &Shell::showTimesheet);
     connect(&m_program.presets(), &budgets::preSetJobsWin::visibilityChanged, this, &Shell::showPresets);
     qApp->installEventFilter(this); // the desktop's light or dark appearance
