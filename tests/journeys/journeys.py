@@ -7,7 +7,6 @@ Runs the journey NAME (see JOURNEYS); exits 0 when it went as a user expects, 1 
 Screenshots go to BUILD_DIR/journeys/NAME-*.png.
 """
 import argparse
-import datetime
 import os
 import shlex
 import struct
@@ -16,7 +15,7 @@ import sys
 import time
 import traceback
 
-from desktop import PREFS, Desktop, JourneyFailed, fast_clock, minutes, row, today, wait_for
+from desktop import PREFS, Desktop, JourneyFailed, row, today, wait_for
 
 JOURNEYS = {}
 
@@ -88,6 +87,14 @@ def quit_cleanly(d, way, window):
     check(1 <= count <= 2, "the settings were written %d times on the way out" % count)
 
 
+def save_preferences(d, prefs):
+    """Save Preferences, the only way out of that window."""
+    d.focus(prefs)
+    x, y, width, height = d.geometry(prefs)
+    d.click(width - 60, height - 22, window=prefs)
+    d.gone("Veltrick - Preferences")
+
+
 @journey
 def quit(d):
     """Quit from every state: the start window by its key, its menu and its close button; the timesheet
@@ -116,18 +123,16 @@ def quit(d):
     d.alive()
     check(d.windows("Veltrick - Preferences"), "the modal window vanished")
     d.screenshot("quit-modal")
-    d.focus(prefs)
-    x, y, width, height = d.geometry(prefs)
-    d.click(width - 60, height - 22, window=prefs)  # Save Preferences, the only way out of the window
-    d.gone("Veltrick - Preferences")
+    save_preferences(d, prefs)
     quit_cleanly(d, ["ctrl+q"], window)
 
 
 @journey
 def presets(d):
     """The preset window as a user fills it: typing lands in the field typed in, Return adds and changes,
-    a Return after a change alters nothing, Escape leaves no row chosen, Delete removes."""
-    path = sheet_of(d, [row(today(), "J1", 30, project="Presets")])
+    a budget brought near the hours already worked brings the desktop's notice, a Return after a change
+    alters nothing, Escape leaves no row chosen, Delete removes."""
+    path = sheet_of(d, [row(today(), "J100", 30, project="Presets")])
     window = open_sheet(d, path)
     d.key("ctrl+b")
     p = d.window("Veltrick - Preset Jobs")
@@ -144,12 +149,14 @@ def presets(d):
     d.click(*first_row, window=p)
     d.click(*budget, window=p)
     d.key("ctrl+a")
-    d.type("20")
+    d.type("1")
     d.key("Return")  # Change
-    wait_for("the changed budget", lambda: preset_jobs(d) == [["J100", "Spring", "20", "00"]])
+    wait_for("the changed budget", lambda: preset_jobs(d) == [["J100", "Spring", "01", "00"]])
+    # Half an hour of the timesheet's J100 is inside the last hour of a one-hour budget: the desktop says so.
+    wait_for("the budget notice", lambda: any("J100" in n["summary"] + n["body"] for n in d.notifications()))
     d.key("Return")  # the fields are empty now: nothing to change
     time.sleep(0.5)
-    check(preset_jobs(d) == [["J100", "Spring", "20", "00"]], "a Return after Change altered the preset")
+    check(preset_jobs(d) == [["J100", "Spring", "01", "00"]], "a Return after Change altered the preset")
     d.click(*first_row, window=p)
     d.key("Escape")
     d.gone("Veltrick - Preset Jobs")
@@ -252,10 +259,7 @@ def tray(d):
     # A modal window over it all, left by its button.
     d.focus(window)
     d.key("ctrl+comma")
-    prefs = d.window("Veltrick - Preferences")
-    x, y, width, height = d.geometry(prefs)
-    d.click(width - 60, height - 22, window=prefs)  # Save Preferences
-    d.gone("Veltrick - Preferences")
+    save_preferences(d, d.window("Veltrick - Preferences"))
     quit_cleanly(d, ["ctrl+q"], window)
 
 
