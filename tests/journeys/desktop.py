@@ -32,6 +32,13 @@ def wait_for(what, condition, timeout=15.0, step=0.1):
         time.sleep(step)
 
 
+def fast_clock(start, factor):
+    """VELTRICK_TEST_CLOCK for veltrick-testclock: a clock that reads `start` (a datetime, local time of
+    the process) now and runs `factor` times faster, fast = origin + (real - origin) * factor."""
+    real = time.time() * 1000
+    return "%d:%d" % (int((factor * real - start.timestamp() * 1000) / (factor - 1)), factor)
+
+
 class Desktop:
     def __init__(self, build, extra_env=None, screen="1280x800", shots=None, wrapper=()):
         self.build = os.path.abspath(build)

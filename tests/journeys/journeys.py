@@ -7,6 +7,7 @@ Runs the journey NAME (see JOURNEYS); exits 0 when it went as a user expects, 1 
 Screenshots go to BUILD_DIR/journeys/NAME-*.png.
 """
 import argparse
+import datetime
 import os
 import shlex
 import struct
@@ -15,7 +16,7 @@ import sys
 import time
 import traceback
 
-from desktop import PREFS, Desktop, JourneyFailed, row, today, wait_for
+from desktop import PREFS, Desktop, JourneyFailed, fast_clock, row, today, wait_for
 
 JOURNEYS = {}
 
@@ -190,7 +191,7 @@ def add_job(d, job, project):
     d.key("Tab", "Tab")  # past the preset menu's button to Project
     d.type(project)
     d.key("Tab", "Tab", "space", "Up", "Return")  # past Client to the Operation menu, its last operation
-    d.screenshot("client-view-job")
+    d.screenshot("job-dialog")
     x, y, width, height = d.geometry(dialog)
     d.click(width - 50, height - 27, window=dialog)  # OK
     wait_for("the job dialog to close", lambda: dialog not in d.windows("Veltrick"))
@@ -225,6 +226,96 @@ def client_view(d):
     wait_for("J1 deleted", lambda: "J1" not in runs())
     check(sorted(runs()) == ["J2", "J3", "J9"], "another row went with J1: %s" % sorted(runs()))
     quit_cleanly(d, ["ctrl+q"], window)
+
+
+def minutes(row_):
+    return int(row_["hours"]) * 60 + int(row_["minutes"])
+
+
+def on_fast_clock(d, start, factor=60, tz="Europe/London"):
+    """From now on the program is veltrick-testclock, its clock reading `start` (local time in `tz`) and
+    running `factor` times faster."""
+    d.env["TZ"] = tz
+    os.environ["TZ"] = tz
+    time.tzset()
+    d.env["VELTRICK_TEST_CLOCK"] = fast_clock(start, factor)
+    d.program = d.testclock
+
+
+@journey
+def first_minute(d):
+    """A new user, from the first start to a first timed minute: the welcome, a first operation, a new
+    timesheet saved under its name, a job, Start, and the minute in the file."""
+    os.remove(os.path.join(d.config, PREFS))
+    os.remove(os.path.join(d.config, "VK8 Opps List"))
+    on_fast_clock(d, datetime.datetime.combine(datetime.date.today(), datetime.time(10, 0)))
+    d.start()
+    d.window("Veltrick - First Run")
+    d.key("Return")
+    prefs = d.window("Veltrick - Preferences")
+    d.focus(prefs)
+    d.type("Drawing")
+    d.key("Return")  # Add
+    d.screenshot("first-minute-operation")
+    save_preferences(d, prefs)
+    d.focus(d.window("Veltrick"))
+    d.key("ctrl+n")
+    d.focus(d.window("Save Timesheet As"))
+    d.type("First")
+    d.key("Return")
+    path = os.path.join(d.docs, "First.vlk")
+    window = d.window("First.*")
+    add_job(d, "J7", "Atlas")
+    d.key("alt+c", "Return")  # Control > Start
+    job = lambda: d.sheet(path)["rows"][0]
+    wait_for("a first minute in the file", lambda: job()["run"] == "*" and minutes(job()) >= 1)
+    check((job()["job"], job()["project"], job()["operation"]) == ("J7", "Atlas", "Drawing"),
+          "the row reads %s" % job())
+    d.screenshot("first-minute")
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+@journey
+def clock_change(d):
+    """A job timed across the autumn change of clocks, one real minute of clock-time long, is charged a
+    few minutes, not a day; the spring change likewise."""
+    for day, start, end in (("25/10/2026", datetime.datetime(2026, 10, 25, 1, 58), "the autumn change"),
+                            ("29/03/2026", datetime.datetime(2026, 3, 29, 0, 58), "the spring change")):
+        on_fast_clock(d, start)
+        path = sheet_of(d, [row(day, "J1", 0, run="**", project="Clock")], name="clock.vlk")
+        window = open_sheet(d, path)
+        d.key("alt+c", "Return")  # Control > Start, at 01:58 summer time / 00:58 winter time
+        wait_for("the job to run", lambda: d.sheet(path)["rows"][0]["run"] == "*")
+        time.sleep(4)  # four minutes of the program's clock, across the change
+        d.focus(window)
+        d.key("alt+c", "Return")  # Control > Stop
+        wait_for("the job to stop", lambda: d.sheet(path)["rows"][0]["run"] == "")
+        charged = minutes(d.sheet(path)["rows"][0])
+        check(2 <= charged <= 8, "a job across %s was charged %d minutes for about four" % (end, charged))
+        quit_cleanly(d, ["ctrl+q"], window)
+
+
+@journey
+def kill_and_restart(d):
+    """The program killed while a job runs: the next start says so, charges the minutes it was away and
+    times on."""
+    on_fast_clock(d, datetime.datetime.combine(datetime.date.today(), datetime.time(10, 0)))
+    path = sheet_of(d, [row(today(), "J1", 30, project="Crash")])
+    open_sheet(d, path)
+    d.key("alt+c", "Return")  # Control > Start
+    wait_for("the job to run", lambda: d.sheet(path)["rows"][0]["run"] == "*")
+    d.app.kill()
+    d.app.wait()
+    time.sleep(5)  # five minutes of the program's clock with no program
+    d.start(path)
+    wait_for("the message about the timer left running", lambda: d.windows("Veltrick"))
+    d.screenshot("kill-restart-message")
+    d.key("Return")
+    window = d.window("sheet.*")
+    job = lambda: d.sheet(path)["rows"][0]
+    wait_for("the time away charged", lambda: job()["run"] == "*" and minutes(job()) >= 30 + 5)
+    quit_cleanly(d, ["ctrl+q"], window)
+    check(35 <= minutes(job()) <= 45, "%d minutes after five away and a few timed" % minutes(job()))
 
 
 def tray_choice(d, downs):

@@ -89,6 +89,9 @@ PrefwinView::PrefwinView(prefwin& form, const QStringList& fonts, QWidget* paren
     const QSize hint = sizeHint();
     setFixedSize(qMax(prefwin::Width, hint.width()), qMax(prefwin::Height, hint.height()));
     move(m_form.Left, m_form.Top);
+    // Ready for typing in the tab it opens on: the user's name, or a first operation for a new user.
+    if (QWidget* first = m_tabs->currentIndex() == 0 ? m_EditField1 : m_tabs->currentIndex() == 1 ? m_newopp : nullptr)
+        first->setFocus();
 }
 
 QWidget* PrefwinView::buildGeneral()
