@@ -276,6 +276,38 @@ def first_minute(d):
 
 
 @journey
+def idle_after_modal(d):
+    """The idle warning, with the desktop's own count of input: minutes of typing in a modal window are
+    activity once it closes, not a burst of idle minutes; minutes with no input bring the warning."""
+    on_fast_clock(d, datetime.datetime.combine(datetime.date.today(), datetime.time(10, 0)))
+    path = sheet_of(d, [row(today(), "J1", 30, project="Idle")])
+    window = open_sheet(d, path)
+    d.key("ctrl+comma")
+    prefs = d.window("Veltrick - Preferences")
+    d.focus(prefs)
+    d.key("Tab", "Down")  # No Activity Warning: 5 Min
+    save_preferences(d, prefs)
+    d.focus(window)
+    d.key("alt+c", "Return")  # Control > Start
+    wait_for("the job to run", lambda: d.sheet(path)["rows"][0]["run"] == "*")
+    d.key("ctrl+comma")
+    prefs = d.window("Veltrick - Preferences")
+    d.focus(prefs)
+    for _ in range(16):  # eight minutes of the program's clock, typing all the while
+        d.key("a", delay=0.5)
+    save_preferences(d, prefs)
+    time.sleep(2)
+    check(not d.windows("No Activity Warning!"), "a warning after minutes of typing in a modal window")
+    d.screenshot("idle-no-warning")
+    warning = d.window("No Activity Warning!", timeout=30)  # nobody touches anything now
+    d.screenshot("idle-warning")
+    d.focus(warning)
+    d.key("Return")
+    d.gone("No Activity Warning!")
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+@journey
 def clock_change(d):
     """A job timed across the autumn change of clocks, one real minute of clock-time long, is charged a
     few minutes, not a day; the spring change likewise."""
