@@ -206,12 +206,14 @@ def client_view(d):
                         row(today(), "J2", 10, project="Two", client="Bolt"),
                         row(today(), "J3", 20, project="Three", client="Acme")])
     window = open_sheet(d, path)
-    d.click(60, 53, window=window)  # All Clients
-    d.key("Right", "Down")  # open it, and choose Acme
-    add_job(d, "J9", "Nine")
+    d.click(60, 33, window=window)  # All Clients
+    d.key("Right", "Down")  # open it, and choose Acme: the view shows J1 and J3
+    second_row = (210, 67)
+    d.click(*second_row, window=window)  # J3
+    add_job(d, "J9", "Nine")  # it goes in at the top: J9, J1, J3
     d.key("ctrl+s")
     wait_for("J9 saved", lambda: any(r["job"] == "J9" for r in d.sheet(path)["rows"]))
-    d.click(210, 71, window=window)  # the view's first row, J1
+    d.click(*second_row, window=window)  # J1, where the highlight stayed
     d.key("alt+c", "Return")  # Control > Start
     d.screenshot("client-view-running")
     runs = lambda: {r["job"]: r["run"] for r in d.sheet(path)["rows"]}
