@@ -309,6 +309,60 @@ def idle_after_modal(d):
     quit_cleanly(d, ["ctrl+q"], window)
 
 
+def left_button(d, window):
+    """The left one of the two buttons at the foot of the print and export windows."""
+    x, y, width, height = d.geometry(window)
+    d.click(width - 138, height - 24, window=window)
+
+
+@journey
+def print_and_export(d):
+    """A report on paper (a PDF file here) and an export of one job number, in any case it was typed in;
+    a custom export with no row ticked says so instead of writing an empty file."""
+    path = sheet_of(d, [row(today(), "J100", 30, project="Export", client="Acme"),
+                        row(today(), "j100", 15, project="Lower"), row(today(), "B2", 45, project="Other")])
+    window = open_sheet(d, path)
+    job_number, custom = (30, 61), (30, 139)  # radio buttons inside the print and export windows
+    d.key("ctrl+p")
+    options = d.window("Veltrick Print")
+    d.click(*job_number, window=options)
+    left_button(d, options)  # Print
+    d.focus(d.window("Print"))
+    d.key("Return")  # to the PDF file the print dialog offers
+    pdf = os.path.join(d.home, "print.pdf")
+    wait_for("the report", lambda: os.path.exists(pdf) and os.path.getsize(pdf) > 0)
+    time.sleep(0.5)
+    report = subprocess.run(["pdftotext", "-layout", pdf, "-"], capture_output=True, text=True).stdout
+    subprocess.run(["pdftoppm", "-png", "-r", "60", "-singlefile", pdf, os.path.join(d.shots, "print-report")])
+    check("J100" in report and "j100" in report and "B2" not in report and "Total Time: 00:45" in report,
+          "the report of J100 reads:\n" + report)
+
+    d.focus(window)
+    d.key("ctrl+t")
+    options = d.window("Veltrick Export")
+    d.click(*custom, window=options)
+    time.sleep(0.3)  # the window grows to show the rows to tick
+    left_button(d, options)  # Export, with nothing ticked
+    wait_for("the message", lambda: len(d.windows("Veltrick")) > 1)
+    d.screenshot("export-nothing-ticked")
+    d.key("Return")
+    d.focus(options)
+    d.click(*job_number, window=options)
+    left_button(d, options)
+    d.focus(wait_for("the file dialog", lambda: [w for w in d.windows("Veltrick Export") if w != options])[0])
+    d.key("Return")  # "sheet Exported.xls" in Documents
+    exported = os.path.join(d.docs, "sheet Exported.xls")
+    wait_for("the export", lambda: os.path.exists(exported))
+    check(not [f for f in os.listdir(d.docs) if f.endswith(".txt")], "a file of the empty custom export")
+    # Read as a user's spreadsheet reads it.
+    subprocess.run(["soffice", "--headless", "--convert-to", "csv", "--outdir", d.work, exported], env=d.env,
+                   capture_output=True, timeout=120)
+    with open(os.path.join(d.work, "sheet Exported.csv"), encoding="utf-8", errors="replace") as sheet:
+        cells = sheet.read()
+    check("J100" in cells and "j100" in cells and "B2" not in cells, "the export of J100 reads:\n" + cells)
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
 @journey
 def clock_change(d):
     """A job timed across the autumn change of clocks, one real minute of clock-time long, is charged a
