@@ -183,14 +183,17 @@ def write_clients(d, names):
         out.write(struct.pack(">h", len(encoded)) + b"".join(bytes([len(n)]) + n for n in encoded))
 
 
-def add_job(d, job, project):
-    """Edit > Add Job, filled in as a user does, and OK by Return."""
+def add_job(d, job, project, user=None):
+    """Edit > Add Job, filled in as a user does, and OK."""
     d.key("ctrl+j")
     dialog = wait_for("the job dialog", lambda: [w for w in d.windows("Veltrick") if d.geometry(w)[3] > 300])[0]
     d.type(job)
     d.key("Tab", "Tab")  # past the preset menu's button to Project
     d.type(project)
     d.key("Tab", "Tab", "space", "Up", "Return")  # past Client to the Operation menu, its last operation
+    if user is not None:
+        d.key("Tab", "ctrl+a")  # the user's name, filled in from the settings
+        d.type(user)
     d.screenshot("job-dialog")
     x, y, width, height = d.geometry(dialog)
     d.click(width - 50, height - 27, window=dialog)  # OK
@@ -360,6 +363,39 @@ def print_and_export(d):
     with open(os.path.join(d.work, "sheet Exported.csv"), encoding="utf-8", errors="replace") as sheet:
         cells = sheet.read()
     check("J100" in cells and "j100" in cells and "B2" not in cells, "the export of J100 reads:\n" + cells)
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+@journey
+def typing(d):
+    """What is typed lands where it was typed and is kept: a new client's name, a job's user, a note."""
+    path = sheet_of(d, [row(today(), "J1", 30, project="Typing")])
+    window = open_sheet(d, path)
+    strip = d.windows("Veltrick")
+    d.click(60, 340, window=window)  # Add New Client...
+    new_window = lambda: [w for w in d.windows("Veltrick") if w not in strip]
+    message = wait_for("the message about the new contacts group", new_window)[0]
+    d.focus(message)
+    d.key("Return")
+    d.focus(wait_for("the new client's window", lambda: [w for w in new_window() if w != message])[0])
+    d.type("Northwind Traders")  # Company Name
+    d.key("Return")  # Save
+    card = lambda: [name for folder, _, names in os.walk(d.contacts) for name in names
+                    if "ORG:Northwind Traders" in open(os.path.join(folder, name), errors="replace").read()]
+    wait_for("the client's card in the address book", card)
+    add_job(d, "J2", "Letters", user="Ann Smith")
+    d.key("ctrl+e")  # the new job's notes
+    notes = d.window("Notes:")
+    d.type("Called the printer")
+    x, y, width, height = d.geometry(notes)
+    d.click(width - 52, height - 27, window=notes)  # Save
+    d.gone("Notes:")
+    d.focus(window)
+    d.key("ctrl+s")
+    job = lambda: [r for r in d.sheet(path)["rows"] if r["job"] == "J2"]
+    wait_for("the job in the file", job)
+    check((job()[0]["project"], job()[0]["user"], job()[0]["note"]) == ("Letters", "Ann Smith", "Called the printer"),
+          "the job reads %s" % job()[0])
     quit_cleanly(d, ["ctrl+q"], window)
 
 
