@@ -43,7 +43,7 @@ class Desktop:
     def __init__(self, build, extra_env=None, screen="1280x800", shots=None, wrapper=()):
         self.build = os.path.abspath(build)
         self.wrapper = list(wrapper)  # a command the program runs under, such as valgrind
-        self.program = os.path.join(self.build, "src", "veltrick")
+        self.program = os.path.join(self.build, "src", "veltrick")  # what start() runs: the test clock for some
         self.testclock = os.path.join(self.build, "src", "veltrick-testclock")
         self.cli = os.path.join(self.build, "src", "cli", "veltrick-cli")
         self.shots = shots or os.path.join(self.build, "journeys")
@@ -108,15 +108,16 @@ class Desktop:
             raise JourneyFailed("the timesheet does not read: " + error)
         return data
 
-    def start(self, *args, program=None):
+    def start(self, *args):
         self.stderr = os.path.join(self.work, "stderr-%d.txt" % time.time_ns())
         with open(self.stderr, "wb") as errors:
-            self.app = subprocess.Popen([*self.wrapper, program or self.program, *args], env=self.env,
+            self.app = subprocess.Popen([*self.wrapper, self.program, *args], env=self.env,
                                         stdout=subprocess.DEVNULL, stderr=errors)
         return self.app
 
-    def ended(self, timeout=30.0):
+    def ended(self):
         """The program's exit code once it has ended by itself, or JourneyFailed."""
+        timeout = 120.0 if self.wrapper else 30.0
         try:
             return self.app.wait(timeout)
         except subprocess.TimeoutExpired:

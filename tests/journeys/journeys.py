@@ -67,12 +67,12 @@ def preset_jobs(d):
     return jobs
 
 
-def sheet_of(d, rows, name="sheet.vlk", start=("", "")):
-    return d.write_sheet(name, {"starthrs": start[0], "startmin": start[1], "rows": rows})
+def sheet_of(d, rows, name="sheet.vlk"):
+    return d.write_sheet(name, {"starthrs": "", "startmin": "", "rows": rows})
 
 
-def open_sheet(d, path, program=None):
-    d.start(path, program=program)
+def open_sheet(d, path):
+    d.start(path)
     window = d.window(os.path.splitext(os.path.basename(path))[0] + r".*")
     d.focus(window)
     return window
@@ -83,7 +83,7 @@ def quit_cleanly(d, way, window):
     writes = PrefsWrites(d)
     d.focus(window)
     d.key(*way)
-    check(d.ended(120 if d.wrapper else 30) == 0, "the program ended with an error")
+    check(d.ended() == 0, "the program ended with an error")
     count = writes.count()
     check(1 <= count <= 2, "the settings were written %d times on the way out" % count)
 

@@ -48,6 +48,7 @@ def main():
         return datetime.datetime.fromtimestamp((origin + (real_seconds * 1000 - origin) * FACTOR) / 1000)
 
     desktop = Desktop(build, {"VELTRICK_TEST_CLOCK": "%d:%d" % (origin, FACTOR)})
+    desktop.program = desktop.testclock
     start = fast(time.time()).replace(second=0, microsecond=0)
     date = start.strftime("%d/%m/%Y")
     rows = [row(date, "RUN1", run="*", project="Crash test")]
@@ -74,7 +75,7 @@ def main():
         for kill in range(kills + 1):
             # (Re)start, answer the message about the timer left running, wait for the first save.
             before = os.stat(sheet).st_mtime_ns
-            desktop.start(sheet, program=desktop.testclock)
+            desktop.start(sheet)
             deadline = time.time() + 30
             next_key = time.time() + 0.7
             while os.stat(sheet).st_mtime_ns == before or temp_files(desktop.docs) - litter:
