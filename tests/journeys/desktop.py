@@ -78,9 +78,13 @@ class Desktop:
         # Debian's own Python, which has the bus bindings of python3-dbus.
         self.procs.append(self._spawn(["/usr/bin/python3", os.path.join(HERE, "notifyd.py"), self.notices]))
         self.procs.append(self._spawn(["openbox"]))
-        self.procs.append(self._spawn(["tint2", "-c", os.path.join(HERE, "tint2rc")]))
-        wait_for("the task bar", lambda: self._xdotool("search", "--class", "tint2"), 10)
-        wait_for("the notification service", lambda: os.path.exists(self.notices), 10)
+        tint2 = self._spawn(["tint2", "-c", os.path.join(HERE, "tint2rc")])
+        self.procs.append(tint2)
+        # Generous: on a machine busy building, the desktop's parts can take a while to come up.
+        wait_for("the task bar", lambda: self._xdotool("search", "--class", "tint2") or tint2.poll() is not None, 60)
+        if tint2.poll() is not None:
+            raise JourneyFailed("the task bar ended at its start (exit %d)" % tint2.returncode)
+        wait_for("the notification service", lambda: os.path.exists(self.notices), 60)
 
     def _spawn(self, argv):
         return subprocess.Popen(argv, env=self.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
