@@ -1,0 +1,360 @@
+// Net Link: the page of the timesheet, its style sheet, and the server that hands it to browsers.
+#include "netlink/apptexts.h"
+#include "netlink/page.h"
+#include "netlink/socket1.h"
+#include "netlink/stylesheet.h"
+#include "support/fakes.h"
+
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/socket.h>
+
+using namespace netlink;
+
+namespace
+{
+
+core::Timesheet sheetOf(int rows, int selected = -1, const QString& project = {})
+{
+    core::Timesheet sheet;
+    for (int r = 0; r < rows; ++r) {
+        core::JobRow row;
+        row.setCell(core::CellDate, QStringLiteral("11/22/26"));
+        row.setCell(core::CellJob, QStringLiteral("J%1").arg(r));
+        row.setCell(core::CellProject, project);
+        sheet.AddRow(row);
+    }
+    sheet.ListIndex = selected;
+    return sheet;
+}
+
+// The window as Net Link sees it; the status line remembers every text.
+class FakeHost : public NetLinkHost
+{
+public:
+    const core::Timesheet& ListBox1() const override { return sheet; }
+    bool running() const override { return run; }
+    const QString& styleSheetTxt() const override { return style; }
+    QString& ipnumber() override { return ip; }
+    void setStatus(const QString& text) override { statuses << text; }
+    void startTimer2() override { ++timer2Starts; }
+
+    core::Timesheet sheet;
+    bool run = false;
+    QString style = QStringLiteral("td{color:red}");
+    QString ip;
+    QStringList statuses;
+    int timer2Starts = 0;
+};
+
+// A browser; it may close its sending side alone, as command-line clients do. The system completes the
+// connection even while the server is busy with someone else.
+struct Browser : QTcpSocket
+{
+    explicit Browser(quint16 port)
+    {
+        connectToHost(QHostAddress::LocalHost, port);
+        waitForConnected(5000);
+    }
+    void send(const QByteArray& bytes, bool thenShutdown = false)
+    {
+        write(bytes);
+        flush();
+        if (thenShutdown)
+            ::shutdown(int(socketDescriptor()), SHUT_WR);
+    }
+    // Takes what has arrived; true once the server has closed.
+    bool closed()
+    {
+        got += readAll();
+        return state() == UnconnectedState;
+    }
+    QByteArray got;
+};
+
+const QByteArray kGet = QByteArrayLiteral("GET / HTTP/1.1\r\nHost: 127.0.0.1:2000\r\n\r\n");
+const QString kLeft = Socket1::kMWDSTxtError + QString::number(QAbstractSocket::RemoteHostClosedError);
+
+} // namespace
+
+class TestNetLink : public QObject
+{
+    Q_OBJECT
+
+    FakeHost host;
+    testing::FakeDesktop desktop;
+    std::unique_ptr<Socket1> server;
+
+    QByteArray expectedPage() { return buildPage(host.sheet, host.run, host.style, QStringLiteral("127.0.0.1")); }
+    void listen(platform::Desktop& on)
+    {
+        server = std::make_unique<Socket1>(host, on);
+        server->setPort(0);
+        QVERIFY(server->Listen().ok());
+    }
+
+private slots:
+    void init()
+    {
+        host = FakeHost();
+        listen(desktop);
+    }
+    void cleanup() { server.reset(); }
+
+    // The page byte for byte: its fixed frame, with the mark of a stopped or a running job, and each shown
+    // cell of a row in column order, the hidden ones left out. A cell is ASCII, markup, or text the fast path
+    // must hand to the UTF-8 encoder wherever the first non-ASCII character falls.
+    void page_data()
+    {
+        QTest::addColumn<QString>("text"); // empty: no row
+        for (const char* text : {"", "<b>bold</b> &amp; <i>x</i>", "\u00C9cole", "Zurich caf\u00E9", "a\u2009b\r\nc"})
+            QTest::newRow(text) << QString::fromUtf8(text);
+    }
+    void page()
+    {
+        QFETCH(QString, text);
+        QByteArray expected =
+            "HTTP/1.0 200 OK\r\n\r\n<html>\r\n<head>\r\n<title>Veltrick @ 10.0.0.7</title>\r\n"
+            "<meta charset=\"UTF8\">\r\n<style type=\"text/css\" media=\"screen\"><!--\r\np{x:y}\n--></style>\r\n"
+            "<body marginwidth=\"10\" marginheight=\"10\" leftmargin=\"10\" topmargin=\"10\" bottommargin=\"50\">\r\n"
+            "<div><h1>Veltrick</h1><hr class=\"runstop\"><table width=\"100%\" border=\"0\" cellspacing=\"2\" "
+            "cellpadding=\"5\">\r\n<script>setTimeout(function(){\r\nwindow.location.reload(true);\r\n}, 60000);\r\n"
+            "</script>\r\n<tr class=\"header\">\r\n<td width=\"10%\">Date</td><td width=\"10%\">Job No.</td>"
+            "<td width=\"20%\">Project</td><td width=\"3%\" align=\"center\">H\xE2\x80\x89</td>"
+            "<td width=\"3%\" align=\"center\">\xE2\x80\x89M</td><td width=\"15%\">Operation</td>"
+            "<td width=\"15%\">Client</td><td>Notes:</td>\r\n</tr>\r\n";
+        core::Timesheet sheet;
+        if (!text.isEmpty()) {
+            core::JobRow row;
+            for (int c = 0; c <= core::CellClient; ++c)
+                row.setCell(c, text + QString::number(c));
+            row.setCell(core::CellSortKey, QStringLiteral("hidden8"));
+            row.setCell(core::CellLink, QStringLiteral("hidden9"));
+            row.note = text + QStringLiteral("N");
+            row.user = QStringLiteral("hiddenUser");
+            sheet.AddRow(row);
+            const QByteArray t = text.toUtf8(), c = "</td><td align=\"center\">";
+            expected += "<tr class=\"roweven\">\r\n<td>" + t + "0</td><td>" + t + "1</td><td>" + t + "2" + c + t + "3" +
+                        c + t + "4</td><td>" + t + "5</td><td>" + t + "6</td><td>" + t + "N</td>\r\n</tr>\r\n";
+        }
+        expected += "</table>\r\n</div></body>\r\n</html>";
+        const QString style = QStringLiteral("p{x:y}\n"), ip = QStringLiteral("10.0.0.7");
+        QCOMPARE(buildPage(sheet, false, style, ip), expected);
+        QCOMPARE(buildPage(sheet, true, style, ip), expected.replace("runstop", "runstart"));
+    }
+
+    // Rows are striped (e, o) with the selected one lit (h), in list order. Between rows the window runs: rows
+    // may go, come or be selected, and the page follows the list as it is at each row without reading past its end.
+    void stripesAndSelection_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("selected");
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QString>("classes");
+        // clang-format off
+        QTest::newRow("none selected") << 3 << -1 << "" << "e o e";
+        QTest::newRow("middle selected") << 5 << 2 << "" << "e o h o e";
+        QTest::newRow("odd row selected") << 4 << 1 << "" << "e h e o";
+        QTest::newRow("first selected") << 2 << 0 << "" << "h o";
+        QTest::newRow("emptied between rows") << 3 << -1 << "clear" << "e";
+        QTest::newRow("row added between rows") << 3 << -1 << "add" << "e o e o";
+        QTest::newRow("last selected between rows") << 3 << -1 << "select" << "e o h";
+        // clang-format on
+    }
+    void stripesAndSelection()
+    {
+        QFETCH(int, rows);
+        QFETCH(int, selected);
+        QFETCH(QString, change);
+        core::Timesheet sheet = sheetOf(rows, selected);
+        bool first = true;
+        const QByteArray page = buildPage(sheet, false, QString(), QString(), [&] {
+            if (!std::exchange(first, false))
+                return;
+            if (change == QLatin1String("clear"))
+                sheet.DeleteAllRows();
+            else if (change == QLatin1String("add"))
+                sheet.AddRow(sheetOf(4).row(3));
+            else if (change == QLatin1String("select"))
+                sheet.ListIndex = 2;
+        });
+        QStringList classes, jobs;
+        static const QRegularExpression tr(
+            QStringLiteral("<tr class=\"(?:row)?(\\w)\\w+\">\r\n<td>11/22/26</td><td>(\\w+)<"));
+        for (const auto& m : tr.globalMatch(QString::fromUtf8(page))) {
+            classes << m.captured(1);
+            jobs << m.captured(2);
+        }
+        QTEST(classes.join(u' '), "classes");
+        for (int r = 0; r < jobs.size(); ++r)
+            QCOMPARE(jobs[r], QStringLiteral("J%1").arg(r));
+        QVERIFY(page.endsWith("</table>\r\n</div></body>\r\n</html>"));
+    }
+
+    // The sheet is looked for under share/ of the prefix whose bin/ holds the program, and read whole; the
+    // one the build ships styles every class of the page and cannot end the page's style element.
+    void styleSheet()
+    {
+        QTemporaryDir prefix;
+        const QString bin = prefix.filePath(QStringLiteral("bin"));
+        const auto put = [&](const char* name, int size) {
+            QFile file(prefix.filePath(QLatin1String(name)));
+            return QDir(prefix.path()).mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly) &&
+                   file.write(QByteArray(size, 'x')) == size;
+        };
+        QString text = QStringLiteral("stale");
+        QVERIFY(put("bin/styleSheet.txt", 10)); // beside the program is not looked at
+        QCOMPARE(loadStyleSheet(bin, text).message, kAppStyleSheetFailure);
+        QVERIFY(text.isEmpty());
+        QVERIFY(put("share/veltrick/styleSheet.txt", 100));
+        QVERIFY(loadStyleSheet(bin, text).ok());
+        QCOMPARE(text, QString(100, u'x'));
+        QVERIFY(put("share/veltrick/styleSheet.txt", 2 << 20)); // far too large
+        QVERIFY(!loadStyleSheet(bin, text).ok() && text.isEmpty());
+
+        QFile source(qEnvironmentVariable("VELTRICK_SOURCE_DIR") + QStringLiteral("/resources/styleSheet.txt"));
+        QVERIFY(source.open(QIODevice::ReadOnly));
+        const QString shipped = QString::fromUtf8(source.readAll());
+        for (const char* selector : {"tr.header", "tr.hilite", "tr.roweven", "tr.rowodd", "hr.runstart", "hr.runstop"})
+            QVERIFY2(shipped.contains(QLatin1String(selector)), selector);
+        QVERIFY(!shipped.contains(QLatin1String("-->")) && !shipped.contains(QLatin1String("</")));
+        QVERIFY(loadStyleSheet(QCoreApplication::applicationDirPath(), text).ok());
+        QCOMPARE(text, shipped);
+    }
+
+    // The page of the list as it stands goes out once, after the packet that ends the request, whatever came
+    // before it. A browser may close its sending side right after its request and still gets the whole
+    // page, a long one too; closing before the end is leaving. One that never ends its request holds the
+    // server until its time is up. The next browser, waiting meanwhile, is served after.
+    void serving_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("packets");
+        QTest::addColumn<bool>("shutdown");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<bool>("running");
+        QTest::addColumn<QByteArray>("expected"); // empty: nothing is served
+        const auto row = [](const char* tag, const QList<QByteArray>& packets, bool shutdown,
+                            const QByteArray& expected, int rows = 1, bool running = false) {
+            QTest::newRow(tag) << packets << shutdown << rows << running << expected;
+        };
+        const QByteArray markup("<td><a href=\"x\">P&amp;</a></td>"), none;
+        row("one packet, empty timesheet", {kGet}, false, "<td>Notes:</td>\r\n</tr>\r\n</table>", 0);
+        row("split in the header, running", {"GET / HT", "TP/1.0\r\nHost: a\r\n", "\r\n"}, false,
+            "<hr class=\"runstart\"><table ", 1, true);
+        row("split in the end, markup in a cell", {"GET / HTTP/1.0\r\n\r", "\n"}, false, markup);
+        row("any method and path", {"DELETE /x/../y?z=1 HTTP/9\r\n\r\n"}, false, markup);
+        row("binary junk", {QByteArray("\0\xff\xfe\r\n", 5), "\r\n\r\n"}, false, markup);
+        row("closed after the request", {kGet}, true, markup);
+        row("closed after the request, long page", {kGet}, true, markup, 200000);
+        row("closed before the end", {"GET / HTTP/1.0\r\n"}, true, none);
+        row("sends nothing", {}, false, none);
+        row("never ends", {"GET / HTTP/1.0\r\nHost: x\r\n"}, false, none);
+        row("POST with a body", {"POST / HTTP/1.0\r\nContent-Length: 5\r\n\r\nhello"}, false, none);
+        row("bare line feeds", {"GET /\n\n"}, false, none);
+        row("endless header", {"GET / HTTP/1.0\r\nX: " + QByteArray(512 * 1024, 'a')}, false, none);
+    }
+    void serving()
+    {
+        QFETCH(QList<QByteArray>, packets);
+        QFETCH(bool, shutdown);
+        QFETCH(int, rows);
+        QFETCH(bool, running);
+        QFETCH(QByteArray, expected);
+        host.sheet = sheetOf(rows, -1, QStringLiteral("<a href=\"x\">P&amp;</a>"));
+        host.run = running;
+        server->setRequestTimeout(1500);
+        Browser browser(server->Port()), next(server->Port());
+        next.send(kGet);
+        const bool timesOut = expected.isEmpty() && !shutdown;
+        for (qsizetype i = 0; i <= packets.size(); ++i) {
+            if (i < packets.size())
+                browser.send(packets[i], shutdown && i + 1 == packets.size());
+            if (i + 1 < packets.size() || (timesOut && i == packets.size())) {
+                QTRY_VERIFY(
+                    host.statuses.contains(i < packets.size() ? Socket1::kMWDSTxtSending : Socket1::kMWDSTxtConnected));
+                QTest::qWait(timesOut ? 300 : 50);
+                QVERIFY(!browser.closed() && browser.got.isEmpty() && !next.closed() && next.got.isEmpty());
+                QVERIFY(server->isServing());
+                QCOMPARE(host.timer2Starts, 0);
+            }
+        }
+        QTRY_VERIFY(browser.closed());
+        QCOMPARE(browser.got, expected.isEmpty() ? QByteArray() : expectedPage());
+        QVERIFY2(browser.got.contains(expected), browser.got.left(2000).constData());
+        QCOMPARE(host.statuses.first(), Socket1::kMWDSTxtConnected);
+        QCOMPARE(host.ip, QStringLiteral("127.0.0.1"));
+        const int error = expected.isEmpty() ? int(shutdown ? QAbstractSocket::RemoteHostClosedError
+                                                            : QAbstractSocket::SocketTimeoutError)
+                                             : 0;
+        QCOMPARE(server->LastErrorCode(), error);
+        QCOMPARE(host.statuses.contains(Socket1::errorText(error)), error != 0);
+        QTRY_VERIFY(next.closed());
+        QCOMPARE(next.got, expectedPage());
+        QCOMPARE(host.timer2Starts, 2);
+    }
+
+    // A browser that leaves while a long page is being put together gets nothing; the next is served.
+    void browserLeavesDuringThePage()
+    {
+        host.sheet = sheetOf(200000);
+        class LeavingDesktop : public testing::FakeDesktop
+        {
+        public:
+            void processEvents() override
+            {
+                if (leave)
+                    std::exchange(leave, nullptr)();
+            }
+            std::function<void()> leave;
+        } leaving;
+        listen(leaving);
+        Browser leaver(server->Port());
+        leaving.leave = [&] {
+            leaver.abort();
+            QTest::qWait(100);
+        };
+        leaver.send(kGet);
+        QTRY_VERIFY(host.statuses.contains(kLeft));
+        QVERIFY(!leaving.leave);
+        Browser next(server->Port());
+        next.send(kGet);
+        QTRY_VERIFY(next.closed());
+        QVERIFY(next.got.endsWith("</html>"));
+        server.reset();
+    }
+
+    // A port taken by another program is reported and left alone until the next Listen. Close drops the
+    // client being served, unanswered, and stops listening.
+    void listenAndClose()
+    {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any, 0));
+        Socket1 second(host, desktop);
+        second.setPort(other.serverPort());
+        const platform::Result result = second.Listen();
+        QCOMPARE(result.code, int(QAbstractSocket::AddressInUseError));
+        QVERIFY(!result.message.isEmpty() && !second.isListening());
+        QCOMPARE(host.statuses.last(), QStringLiteral("Net Link: Connection error! 8"));
+        QCOMPARE(host.timer2Starts, 1);
+        const quint16 port = other.serverPort();
+        other.close();
+        QVERIFY(second.Listen().ok());
+        QCOMPARE(second.Port(), port);
+
+        Browser browser(port);
+        browser.send("GET /");
+        QTRY_VERIFY(second.isServing());
+        second.Close();
+        QVERIFY(!second.isListening());
+        QTRY_VERIFY(browser.closed());
+        QVERIFY(browser.got.isEmpty());
+        QCOMPARE(Browser(port).state(), QAbstractSocket::UnconnectedState);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNetLink)
+#include "test_netlink.moc"
