@@ -7,7 +7,7 @@
 namespace testing
 {
 
-// A contacts store in memory: groups by key, their members, and saves that fail on demand.
+// A contacts store in memory: groups by key and their members; a new group is kept once saved.
 class FakeAddressBook : public platform::AddressBook
 {
 public:
@@ -20,10 +20,7 @@ public:
     void Add(platform::AddressBookContact& contact) override { contact.id = QStringLiteral("c%1").arg(++m_keys); }
     platform::Result Save() override
     {
-        const auto pending = std::exchange(m_pendingGroups, {});
-        if (failSaves)
-            return platform::Result::failure(13, QStringLiteral("Access refused"));
-        groups << pending;
+        groups << std::exchange(m_pendingGroups, {});
         return platform::Result::success();
     }
     QList<platform::AddressBookContact> GroupContacts(const platform::AddressBookGroup& group) override
@@ -37,7 +34,6 @@ public:
 
     QList<platform::AddressBookGroup> groups;
     QHash<QString, QList<platform::AddressBookContact>> members;
-    bool failSaves = false;
 
 private:
     QList<platform::AddressBookGroup> m_pendingGroups;

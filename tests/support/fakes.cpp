@@ -34,21 +34,10 @@ void ScriptedDialogs::showModal(platform::ModalForm& form)
     handler(form);
 }
 
-QString ScriptedDialogs::saveFile(const QString& title, const QString&, const QString&, const QString&, const QString&)
+QString ScriptedDialogs::nextFile(const QString& title)
 {
     if (m_files.empty()) {
-        errors << QStringLiteral("unexpected save dialog: ") + title;
-        return {};
-    }
-    const QString path = m_files.front();
-    m_files.pop_front();
-    return path;
-}
-
-QString ScriptedDialogs::openFile(const QString& title, const QString&, const QString&)
-{
-    if (m_files.empty()) {
-        errors << QStringLiteral("unexpected open dialog: ") + title;
+        errors << QStringLiteral("unexpected file dialog: ") + title;
         return {};
     }
     const QString path = m_files.front();

@@ -69,19 +69,22 @@ public:
     void message(const QString& text) override { messages << text; }
     platform::Answer ask(const platform::Question& question) override;
     void showModal(platform::ModalForm& form) override;
-    QString saveFile(const QString&, const QString&, const QString&, const QString&, const QString&) override;
-    QString openFile(const QString&, const QString&, const QString&) override;
+    QString saveFile(const QString& title, const QString&, const QString&, const QString&, const QString&) override
+    {
+        return nextFile(title);
+    }
+    QString openFile(const QString& title, const QString&, const QString&) override { return nextFile(title); }
+    bool print(const platform::Report& report) override
+    {
+        printed << report;
+        return true;
+    }
 
     void expectAnswer(platform::Answer answer) { m_answers.push_back(answer); }
     // The handler plays the user in the named window: it ticks boxes and sets ButtonPressed.
     void expectModal(const QString& formName, std::function<void(platform::ModalForm&)> handler)
     {
         m_modals.push_back({formName, std::move(handler)});
-    }
-    bool print(const platform::Report& report) override
-    {
-        printed << report;
-        return true;
     }
     void expectFile(const QString& path) { m_files.push_back(path); }
     bool scriptDone() const { return m_answers.empty() && m_modals.empty() && m_files.empty(); }
@@ -93,6 +96,8 @@ public:
     QStringList errors;
 
 private:
+    QString nextFile(const QString& title);
+
     std::deque<platform::Answer> m_answers;
     std::deque<std::pair<QString, std::function<void(platform::ModalForm&)>>> m_modals;
     std::deque<QString> m_files;
@@ -116,10 +121,8 @@ public:
     }
     bool available() override { return canTell; }
 
-    bool input = false;
-    bool canTell = true;
-    int checks = 0;
-    int restarts = 0;
+    bool input = false, canTell = true;
+    int checks = 0, restarts = 0;
 };
 
 class FakeDesktop : public platform::Desktop
@@ -143,20 +146,14 @@ public:
     }
     int yieldSliceMs() const override { return sliceMs; }
     bool darkAppearance() const override { return dark; }
-    platform::ActivityProbe& activity() override { return realActivity ? *realActivity : probe; }
+    platform::ActivityProbe& activity() override { return probe; }
 
     // What arrives while a walk has yielded: a test posts events here to see that they wait.
     std::function<void()> onYield;
-    int sliceMs = 10;
-    int beeps = 0;
-    int yields = 0;
-    bool ctrl = false;
-    bool alt = false;
-    bool dark = false;
+    int sliceMs = 10, beeps = 0, yields = 0;
+    bool ctrl = false, alt = false, dark = false;
     QPoint mouse;
     FakeActivity probe;
-    // The desktop's own input watch instead of the fake, for a test on a real X server.
-    platform::ActivityProbe* realActivity = nullptr;
     QList<QRect> screenList{QRect(0, 0, 1920, 1080)};
     QStringList urls;
 };

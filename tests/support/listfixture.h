@@ -15,11 +15,7 @@ class ListHooks : public core::MainwndoHooks
 {
 public:
     void budgetcheck2() override { ++budgetcheck2s; }
-    void populatelistbox2() override
-    {
-        if (view)
-            view->rebuildFollowingListBox1();
-    }
+    void populatelistbox2() override { view->rebuildFollowingListBox1(); }
 
     clients::ClientView* view = nullptr;
     int budgetcheck2s = 0;
