@@ -11,8 +11,6 @@
 
 #include <QCoreApplication>
 
-#include <memory>
-
 namespace testing
 {
 
@@ -20,8 +18,6 @@ namespace testing
 // memory, and the given dialogs playing the user.
 struct ProgramRig
 {
-    inline static const QString kDocs = QStringLiteral("/docs");
-
     explicit ProgramRig(platform::Dialogs& dialogs) : dialogs(dialogs)
     {
         files.files[storage::prefFile(storage::kOperationsFileName)] =
@@ -43,12 +39,10 @@ struct ProgramRig
         timers.made.clear();
         program = std::make_unique<shell::Program>(
             shell::Program::Services{clock, desktop, dialogs, timers, files, contacts,
-                                     desktopNotifier ? *desktopNotifier : notifier, kDocs, appDir});
+                                     desktopNotifier ? *desktopNotifier : notifier, QStringLiteral("/docs"), appDir});
     }
 
     core::Mainwndo* w() const { return program->mainwndo(); }
-    // The program's folder: the style sheet and the manual are found from it, as the build lays them out.
-    QString appDir = QCoreApplication::applicationDirPath();
     static FakeTimer& fake(platform::Timer& timer) { return static_cast<FakeTimer&>(timer); }
     void tick() { fake(w()->Timer3()).fire(); }
 
@@ -66,13 +60,11 @@ struct ProgramRig
     core::JobRow row(const QString& job, int minutes, int dayOffset = 0) const
     {
         core::JobRow r;
-        r.cells = {core::shortDate(clock.now().date().addDays(dayOffset)),
-                   job,
-                   QStringLiteral("P ") + job,
-                   {},
-                   {},
-                   QStringLiteral("Design"),
-                   QStringLiteral("Acme")};
+        r.cells[core::CellDate] = core::shortDate(clock.now().date().addDays(dayOffset));
+        r.cells[core::CellJob] = job;
+        r.cells[core::CellProject] = QStringLiteral("P ") + job;
+        r.cells[core::CellOperation] = QStringLiteral("Design");
+        r.cells[core::CellClient] = QStringLiteral("Acme");
         r.setMinutes(minutes);
         r.run = minutes > 0 ? core::kRunStopped : core::kRunNever;
         r.user = QStringLiteral("Ann");
@@ -86,8 +78,9 @@ struct ProgramRig
     MemoryFileStore files;
     FakeAddressBook contacts;
     FakeNotifier notifier;
-    // The desktop's notices instead of the fake, for a test on a real session bus.
-    platform::Notifier* desktopNotifier = nullptr;
+    platform::Notifier* desktopNotifier = nullptr; // the desktop's notices instead, on a real session bus
+    // The program's folder: the style sheet and the manual are found from it, as the build lays them out.
+    QString appDir = QCoreApplication::applicationDirPath();
     std::unique_ptr<shell::Program> program;
 };
 
