@@ -186,8 +186,7 @@ private:
 // What the test knows of a row it has seen: its total then, and the clock minute then.
 struct Seen
 {
-    qint64 minutes = 0;
-    qint64 clockMinute = 0;
+    qint64 minutes = 0, clockMinute = 0;
 };
 
 // The stored fields of a row: what a save must bring back.
