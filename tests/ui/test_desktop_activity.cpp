@@ -1,38 +1,64 @@
-// The idle watch on a real desktop: the session bus services of GNOME and of KDE and a Wayland
-// compositor's idle notices, each played by a small server in a thread of its own, and the X server's
-// counter moved by xdotool.
-#include "core/noactivity.h"
+// The desktop's services the program listens to, each played by a small server: the idle watch's sources
+// (the session bus services of GNOME and of KDE, a Wayland compositor's idle notices) and the notice
+// service of the session bus.
+#include "platform/qt/dbusnotifier.h"
 #include "platform/qt/desktopactivity.h"
-#include "shell/programrig.h"
 
-#include <QAtomicInteger>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QProcess>
+#include <QMutex>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QtTest>
 
 #include "ext-idle-notify-v1-server.h"
 #include <wayland-server.h>
 
-#include <atomic>
 #include <vector>
 
-using platform::ActivityProbe;
+using Answer = platform::ActivityProbe::Answer;
 using platform::qt::DesktopActivity;
 
 namespace
 {
 
-// Milliseconds since the last input, as the services below report it.
-QAtomicInteger<quint64> g_idleMs;
+// A desktop's service on the session bus, on a connection and in a thread of its own, so that the
+// program's blocking calls to it are answered. `object` is set once it has its name, while it serves.
+template <typename Service> class BusService : public QThread
+{
+public:
+    BusService(QString name, QString path) : m_name(std::move(name)), m_path(std::move(path)) { start(); }
+    ~BusService() override
+    {
+        do
+            quit(); // again, should the first come before the loop ran
+        while (!wait(50));
+    }
+    std::atomic<Service*> object = nullptr;
+
+protected:
+    void run() override
+    {
+        {
+            QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_name);
+            Service service;
+            bus.registerObject(m_path, &service, QDBusConnection::ExportAllContents);
+            bus.registerService(m_name);
+            object = &service;
+            exec();
+            object = nullptr;
+        }
+        QDBusConnection::disconnectFromBus(m_name);
+    }
+
+private:
+    QString m_name, m_path;
+};
+
+QAtomicInteger<quint64> g_idleMs; // since the last input, as the two services below report it
 
 class MutterIdle : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.gnome.Mutter.IdleMonitor")
-
 public slots:
     quint64 GetIdletime() { return g_idleMs.loadRelaxed(); }
 };
@@ -41,67 +67,68 @@ class ScreenSaverIdle : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
-
 public slots:
     uint GetSessionIdleTime() { return uint(g_idleMs.loadRelaxed()); }
 };
 
-// Serves one of the two on a connection of its own, as the desktop would.
-template <typename Service> class ServiceThread : public QThread
+// The desktop's side of the notices: it numbers them from 41 and logs them and their closing in order.
+class NoticeService : public QObject
 {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
 public:
-    ServiceThread(QString name, QString path) : m_name(std::move(name)), m_path(std::move(path)) {}
-    ~ServiceThread() override
+    QStringList log() const
     {
-        quit();
-        wait();
+        QMutexLocker lock(&m_mutex);
+        return m_log;
     }
 
-    void run() override
+public slots:
+    uint Notify(const QString& app, uint, const QString& icon, const QString& summary, const QString& body,
+                const QStringList& actions, const QVariantMap&, int timeout)
     {
-        const QString connection = QStringLiteral("idle-") + m_name;
-        {
-            QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection);
-            Service service;
-            bus.registerObject(m_path, &service, QDBusConnection::ExportAllSlots);
-            bus.registerService(m_name);
-            exec();
-            bus.unregisterService(m_name);
-        }
-        QDBusConnection::disconnectFromBus(connection);
+        QMutexLocker lock(&m_mutex);
+        m_log << QStringList{app, icon, summary, body, actions.join(u','), QString::number(timeout)}.join(u'|');
+        return uint(40 + m_log.size());
     }
+    void CloseNotification(uint id)
+    {
+        QMutexLocker lock(&m_mutex);
+        m_log << QStringLiteral("closed %1").arg(id);
+    }
+
+signals:
+    void ActionInvoked(uint id, const QString& action);
 
 private:
-    QString m_name, m_path;
+    mutable QMutex m_mutex;
+    QStringList m_log;
 };
 
-// A Wayland compositor with a seat and, if asked, idle notices that the test sends when it likes.
+// A Wayland compositor with a seat and idle notices, which the test sends when it likes.
 class Compositor : public QThread
 {
 public:
-    explicit Compositor(bool offersNotices) : m_offersNotices(offersNotices) {}
+    Compositor()
+    {
+        start();
+        while (!ready)
+            msleep(5);
+    }
     ~Compositor() override
     {
         m_stop = true;
         wait();
     }
-
-    enum Notice
+    // Sends every client that asked an idle notice, or a resumed one, and returns once it is on its way.
+    void send(bool idled)
     {
-        None,
-        Idled,
-        Resumed
-    };
-
-    // Sends the notice to every client that asked for notices, and returns once it is on its way.
-    void send(Notice notice)
-    {
-        const int before = m_sent;
-        m_notice = notice;
-        QTRY_VERIFY(m_sent > before);
+        m_notice = idled ? 1 : 2;
+        QTRY_COMPARE(m_notice.load(), 0);
     }
 
-    QString socket() const { return m_socket; }
+    QByteArray socket;
     std::atomic<bool> ready = false;
     std::atomic<unsigned> askedTimeout = 0;
 
@@ -109,22 +136,19 @@ protected:
     void run() override
     {
         wl_display* display = wl_display_create();
-        m_socket = QString::fromUtf8(wl_display_add_socket_auto(display));
-        wl_global_create(
-            display, &wl_seat_interface, 1, nullptr, [](wl_client* client, void*, uint32_t version, uint32_t id) {
-                wl_resource_set_implementation(wl_resource_create(client, &wl_seat_interface, int(version), id),
-                                               nullptr, nullptr, nullptr);
-            });
-        if (m_offersNotices)
-            wl_global_create(display, &ext_idle_notifier_v1_interface, 1, this, bindNotifier);
+        socket = wl_display_add_socket_auto(display);
+        wl_global_create(display, &wl_seat_interface, 1, nullptr,
+                         [](wl_client* client, void*, uint32_t v, uint32_t id) {
+                             wl_resource_create(client, &wl_seat_interface, int(v), id);
+                         });
+        wl_global_create(display, &ext_idle_notifier_v1_interface, 1, this, bindNotifier);
         ready = true;
-        wl_event_loop* loop = wl_display_get_event_loop(display);
         while (!m_stop) {
-            wl_event_loop_dispatch(loop, 10);
-            if (const Notice notice = m_notice.exchange(None)) {
+            wl_event_loop_dispatch(wl_display_get_event_loop(display), 10);
+            if (const int notice = m_notice) { // cleared once sent, which the test waits for
                 for (wl_resource* r : m_notifications)
-                    notice == Idled ? ext_idle_notification_v1_send_idled(r) : ext_idle_notification_v1_send_resumed(r);
-                ++m_sent;
+                    notice == 1 ? ext_idle_notification_v1_send_idled(r) : ext_idle_notification_v1_send_resumed(r);
+                m_notice = 0;
             }
             wl_display_flush_clients(display);
         }
@@ -134,202 +158,119 @@ protected:
 
 private:
     static void destroy(wl_client*, wl_resource* resource) { wl_resource_destroy(resource); }
-
-    static void bindNotifier(wl_client* client, void* data, uint32_t version, uint32_t id)
+    static void bindNotifier(wl_client* client, void* self, uint32_t version, uint32_t id)
     {
-        static const struct ext_idle_notifier_v1_interface notifier
-        {
-            destroy, getNotification
-        };
+        static const struct ext_idle_notifier_v1_interface notifier = {destroy, notification};
         wl_resource_set_implementation(wl_resource_create(client, &ext_idle_notifier_v1_interface, int(version), id),
-                                       &notifier, data, nullptr);
+                                       &notifier, self, nullptr);
     }
-
-    static void getNotification(wl_client* client, wl_resource* notifierResource, uint32_t id, uint32_t timeout,
-                                wl_resource*)
+    static void notification(wl_client* client, wl_resource* notifier, uint32_t id, uint32_t timeout, wl_resource*)
     {
-        static const struct ext_idle_notification_v1_interface notification
-        {
-            destroy
-        };
-        auto* self = static_cast<Compositor*>(wl_resource_get_user_data(notifierResource));
+        static const struct ext_idle_notification_v1_interface implementation = {destroy};
+        auto* self = static_cast<Compositor*>(wl_resource_get_user_data(notifier));
         wl_resource* r = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
-        wl_resource_set_implementation(r, &notification, self, [](wl_resource* gone) {
-            auto& list = static_cast<Compositor*>(wl_resource_get_user_data(gone))->m_notifications;
-            list.erase(std::remove(list.begin(), list.end(), gone), list.end());
+        wl_resource_set_implementation(r, &implementation, self, [](wl_resource* gone) {
+            std::erase(static_cast<Compositor*>(wl_resource_get_user_data(gone))->m_notifications, gone);
         });
         self->m_notifications.push_back(r);
         self->askedTimeout = timeout;
     }
 
-    bool m_offersNotices;
-    QString m_socket;
     std::vector<wl_resource*> m_notifications;
     std::atomic<bool> m_stop = false;
-    std::atomic<Notice> m_notice = None;
-    std::atomic<int> m_sent = 0;
+    std::atomic<int> m_notice = 0; // 1 idled, 2 resumed
 };
-
-bool xdotool(const QStringList& arguments)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
-}
 
 } // namespace
 
-class TestDesktopActivity : public QObject
+class TestDesktop : public QObject
 {
     Q_OBJECT
 
 private slots:
-    // Each bus source: nothing to tell before its service runs, then input when the idle time is shorter
-    // than the time since the last question, and none when it is longer.
-    void busSources_data()
-    {
-        QTest::addColumn<int>("source");
-        QTest::newRow("GNOME") << 0;
-        QTest::newRow("ScreenSaver") << 1;
-    }
-
+    // Each bus source: nothing to tell before its service runs; then input when the idle time is shorter
+    // than the time since the last question (or since a restart), none when it is longer.
     void busSources()
     {
-        QFETCH(int, source);
-        if (!QDBusConnection::sessionBus().isConnected())
-            QSKIP("needs a session bus (ctest runs this test under dbus-run-session)");
         qint64 now = 0;
-        DesktopActivity probe({source == 0 ? DesktopActivity::mutter() : DesktopActivity::screenSaver()},
-                              [&now] { return now; });
-        QVERIFY(!probe.available());
+        DesktopActivity gnome({DesktopActivity::mutter()}, [&] { return now; });
+        DesktopActivity kde({DesktopActivity::screenSaver()}, [&] { return now; });
+        const auto ask = [&](Answer answer) {
+            QCOMPARE(gnome.inputSinceLastCheck(), answer);
+            QCOMPARE(kde.inputSinceLastCheck(), answer);
+        };
+        QVERIFY(!gnome.available() && !kde.available());
+        ask(Answer::Unknown);
+        BusService<MutterIdle> mutter("org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core");
+        BusService<ScreenSaverIdle> screenSaver("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver");
+        QTRY_VERIFY(mutter.object && screenSaver.object);
+        g_idleMs = 2000; // a key 2 s before the question, a minute after the last one
         now += 60000;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::Unknown);
-
-        std::unique_ptr<QThread> service;
-        if (source == 0)
-            service = std::make_unique<ServiceThread<MutterIdle>>(QStringLiteral("org.gnome.Mutter.IdleMonitor"),
-                                                                  QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"));
-        else
-            service = std::make_unique<ServiceThread<ScreenSaverIdle>>(QStringLiteral("org.freedesktop.ScreenSaver"),
-                                                                       QStringLiteral("/org/freedesktop/ScreenSaver"));
-        service->start();
-        const QString name = source == 0 ? QStringLiteral("org.gnome.Mutter.IdleMonitor")
-                                         : QStringLiteral("org.freedesktop.ScreenSaver");
-        QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(name));
-        QVERIFY(probe.available());
-
-        // A key pressed 2 s before the question, a minute after the last one.
-        g_idleMs = 2000;
+        ask(Answer::Input);
+        QCOMPARE(gnome.sourceName() + kde.sourceName(), QStringLiteral("GNOMEScreenSaver"));
+        g_idleMs = 62000;
         now += 60000;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::Input);
-        QCOMPARE(probe.sourceName(), source == 0 ? QStringLiteral("GNOME") : QStringLiteral("ScreenSaver"));
-        g_idleMs = 62000; // nothing since
-        now += 60000;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::NoInput);
-        g_idleMs = 122000;
+        ask(Answer::NoInput);
+        g_idleMs = 40000; // input 40 s ago, but before the restart 30 s ago
         now += 30000;
-        probe.restart(); // a new setting: the watch counts from here
+        gnome.restart();
+        kde.restart();
         now += 30000;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::NoInput);
+        ask(Answer::NoInput);
     }
 
-    // The first source that answers wins; none answering is no source at all.
-    void order()
-    {
-        DesktopActivity none({{QStringLiteral("silent"), [] { return std::optional<qint64>(); }}});
-        QVERIFY(!none.available());
-        QCOMPARE(none.inputSinceLastCheck(), ActivityProbe::Answer::Unknown);
-
-        DesktopActivity desktop; // under the test's X server the X11 counter answers first
-        QVERIFY(desktop.available());
-        QCOMPARE(desktop.sourceName(), QStringLiteral("X11"));
-    }
-
-    // The compositor's notices: none outside a Wayland session or from a compositor without them; with
-    // them, still after an idle notice and at work again after a resumed one; none once it has gone. In
-    // a Wayland session the X server's counter is not asked: it misses input to Wayland windows.
+    // The compositor's notices tell still after an idle one, at work after a resumed one, and nothing once
+    // it has gone; in a Wayland session the X server's counter, which misses the input to Wayland windows,
+    // is not asked.
     void waylandNotices()
     {
+        qint64 now = 0;
+        const auto clock = [&now] { return now; };
         QTemporaryDir runtime;
         if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
             qputenv("XDG_RUNTIME_DIR", runtime.path().toUtf8());
-        // The session is Wayland only for this test, however it ends.
-        struct LeaveSession
-        {
-            ~LeaveSession() { qunsetenv("WAYLAND_DISPLAY"); }
-        } leave;
-        qunsetenv("WAYLAND_DISPLAY");
-        qint64 now = 0;
-        const auto clock = [&now] { return now; };
-        QVERIFY(!DesktopActivity({DesktopActivity::wayland()}, clock).available());
-
-        {
-            Compositor plain(false);
-            plain.start();
-            QTRY_VERIFY(plain.ready);
-            qputenv("WAYLAND_DISPLAY", plain.socket().toUtf8());
-            QVERIFY(!DesktopActivity({DesktopActivity::wayland()}, clock).available());
-            DesktopActivity desktop({DesktopActivity::x11(), DesktopActivity::wayland()}, clock);
-            QVERIFY(!desktop.available());
-        }
-
-        auto compositor = std::make_unique<Compositor>(true);
-        compositor->start();
-        QTRY_VERIFY(compositor->ready);
-        qputenv("WAYLAND_DISPLAY", compositor->socket().toUtf8());
+        const auto leave = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
+        auto compositor = std::make_unique<Compositor>();
+        qputenv("WAYLAND_DISPLAY", compositor->socket);
+        QVERIFY(!DesktopActivity({DesktopActivity::x11()}, clock).available());
         DesktopActivity probe({DesktopActivity::wayland()}, clock);
         QVERIFY(probe.available());
         QCOMPARE(compositor->askedTimeout.load(), 1000u);
         now += 60000;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::Input); // never idle yet
-        compositor->send(Compositor::Idled);
+        QCOMPARE(probe.inputSinceLastCheck(), Answer::Input); // never idle yet
+        compositor->send(true);
         now += 500; // the notice says a second without input
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::NoInput);
-        compositor->send(Compositor::Resumed);
+        QCOMPARE(probe.inputSinceLastCheck(), Answer::NoInput);
+        compositor->send(false);
         now += 500;
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::Input);
+        QCOMPARE(probe.inputSinceLastCheck(), Answer::Input);
         compositor.reset();
-        QCOMPARE(probe.inputSinceLastCheck(), ActivityProbe::Answer::Unknown);
+        QCOMPARE(probe.inputSinceLastCheck(), Answer::Unknown);
     }
 
-    // The program on the X server: a key or a pointer move restarts the count, and four still minutes
-    // after the last input bring the warning at 5 minutes. A "minute" is a fifth of a second here.
-    void warningOnTheXServer()
+    // With no notice service a notice is not shown and says so by its key: the program falls back to its
+    // status line. With one, the notice carries the program's name and icon and offers the click; a click
+    // (the "default" action, of any notice: the program tells its own) is reported; a withdrawn notice is
+    // closed.
+    void notices()
     {
-        if (QGuiApplication::platformName() != QStringLiteral("xcb"))
-            QSKIP("needs an X server (ctest runs this test under xvfb-run)");
-        DesktopActivity x11({DesktopActivity::x11()});
-        testing::ScriptedDialogs dialogs;
-        testing::ProgramRig rig(dialogs);
-        rig.desktop.realActivity = &x11;
-        const QString sheet = QStringLiteral("/docs/a.vlk");
-        rig.writeSheet(sheet, {rig.row(QStringLiteral("A100"), 30)});
-        rig.start({sheet});
-        rig.program->app().prefs.waittime = 5;
-        rig.w()->setListIndex(0);
-        rig.program->runButton();
-
-        int warnedAt = 0, now = 0;
-        dialogs.expectModal(QStringLiteral("noactivity"), [&](platform::ModalForm& form) {
-            warnedAt = now;
-            static_cast<core::noactivity&>(form).PushButton2_Action();
-        });
-        // Still, still, still, a key, still three times, a pointer move, then still until the warning.
-        const QString steps = QStringLiteral("SSSKSSSMSSSSSS");
-        for (now = 1; now <= steps.size() && warnedAt == 0; ++now) {
-            QTest::qWait(200);
-            const QChar step = steps[now - 1];
-            if (step == QLatin1Char('K'))
-                QVERIFY(xdotool({QStringLiteral("key"), QStringLiteral("shift")}));
-            if (step == QLatin1Char('M'))
-                QVERIFY(xdotool({QStringLiteral("mousemove"), QString::number(100 + now), QStringLiteral("200")}));
-            rig.clock.advanceMinutes(1);
-            rig.tick();
-            testing::ProgramRig::fake(rig.w()->Timer4()).fire();
-        }
-        QCOMPARE(warnedAt, 12);
-        QVERIFY(dialogs.errors.isEmpty());
-        QVERIFY(!rig.w()->running);
+        platform::qt::DBusNotifier notifier;
+        QCOMPARE(notifier.notify(QStringLiteral("Budget Information"), QStringLiteral("none listening")), 0u);
+        BusService<NoticeService> service("org.freedesktop.Notifications", "/org/freedesktop/Notifications");
+        QTRY_VERIFY(service.object);
+        QList<unsigned> clicked;
+        notifier.activated = [&clicked](unsigned id) { clicked << id; };
+        QCOMPARE(notifier.notify(QStringLiteral("Budget Information"), QStringLiteral("Job No. A100")), 41u);
+        NoticeService* desktop = service.object;
+        for (const auto& [id, action] : {std::pair(41u, "other"), std::pair(40u, "default"), std::pair(41u, "default")})
+            QMetaObject::invokeMethod(desktop, [=] { emit desktop->ActionInvoked(id, QString::fromLatin1(action)); });
+        QTRY_COMPARE(clicked, (QList<unsigned>{40, 41}));
+        notifier.withdraw(41);
+        QTRY_COMPARE(desktop->log(),
+                     (QStringList{"Veltrick|veltrick|Budget Information|Job No. A100|default,Budget Information|-1",
+                                  "closed 41"}));
     }
 };
 
-QTEST_MAIN(TestDesktopActivity)
+QTEST_MAIN(TestDesktop)
 #include "test_desktop_activity.moc"
