@@ -50,12 +50,10 @@ struct ListFixture
     core::JobRow& add(const QString& date, const QString& job, const QString& client = {}, int minutes = 0,
                       const QString& note = {})
     {
-        core::JobRow row;
-        row.cells = {date, job, "P-" + job, {}, {}, QStringLiteral("Design"), client};
+        core::JobRow row{
+            {date, job, "P-" + job, {}, {}, QStringLiteral("Design"), client}, note, {}, {}, "Default User"};
         row.setMinutes(minutes);
         row.run = minutes > 0 ? core::kRunStopped : core::kRunNever;
-        row.note = note;
-        row.user = QStringLiteral("Default User");
         w.ListBox1.AddRow(row);
         return w.ListBox1.rows.back();
     }
