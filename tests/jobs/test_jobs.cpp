@@ -170,7 +170,7 @@ private slots:
         rig->ops.donewjob();
         QCOMPARE(rig->w.ListBox1.ListCount(), 0);
     }
-    // Time fields take digits only, minutes under 60; date arrows step a day (00 is 2000, with a 29 February).
+    // Time fields take only digits and editing keys, minutes under 60; date arrows step a day (00 is 2000).
     void keysMinutesAndDates()
     {
         auto d = rig->dialog();
@@ -381,7 +381,7 @@ private slots:
         QCOMPARE(ListFixture::jobs(rig->w.ListBox1), remaining);
         QCOMPARE(std::pair(rig->w.ListBox1.ListIndex, rig->w.runButton.enabled),
                  std::pair(selectedAfter, selectedAfter >= 0));
-        QVERIFY(rig->w.boxchange == scope >= 0 && rig->desktop.beeps == 1);
+        QVERIFY(rig->w.boxchange == (scope >= 0) && rig->desktop.beeps == 1);
         const QString& totals = rig->w.runtotal; // said again after a delete
         const int n = int(remaining.size());
         QVERIFY(scope < 0 || (totals.startsWith(Tr::MWListTotals + hhmm(30 * n) + Tr::MWListToday) &&
