@@ -191,7 +191,7 @@ void ClientView::ListBox2_Change()
     } else {
         for (int i = 0; i < all.ListCount(); ++i) {
             if (all.Cell(i, core::CellLink) == link) {
-                found = core::Val(link);
+                found = i;
                 break;
             }
         }

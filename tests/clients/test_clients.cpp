@@ -383,6 +383,9 @@ private slots:
         QCOMPARE(f->w.ListBox2.row(1).cell(CellProject), QStringLiteral("changed"));
         f->view.setListBox2Index(-1);
         QVERIFY(f->w.ListBox1.ListIndex == -1 && !f->w.runButton.enabled);
+        std::swap(f->w.ListBox1.row(2), f->w.ListBox1.row(3)); // rows moved under the view keep their links
+        f->view.setListBox2Index(1);
+        QCOMPARE(f->w.ListBox1.ListIndex, 2);
         f->pickClient(QStringLiteral("Bolt & Nut"));
         QCOMPARE(ListFixture::jobs(f->w.ListBox2), QStringList{"J0"});
         QCOMPARE(std::pair(f->w.ListBox2.ListIndex, f->w.ListBox1.ListIndex), std::pair(0, 0));
