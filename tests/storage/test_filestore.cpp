@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 
-#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,9 +20,10 @@ QByteArray contents(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QStringList leftovers(const QString& folder)
+// The folder's files, temporary ones included.
+QStringList listing(const QString& folder)
 {
-    return QDir(folder).entryList({QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden);
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
 }
 
 } // namespace
@@ -32,91 +32,72 @@ class TestFileStore : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir dir;
+    std::unique_ptr<QTemporaryDir> folder;
     storage::DiskFileStore store;
 
-    QString at(const QString& name) const { return dir.filePath(name); }
+    QString at(const char* name) const { return folder->filePath(QLatin1String(name)); }
+    QString dir() const { return folder->path(); }
 
 private slots:
-    // A read-only file (0444) is refused, for the administrator too, and keeps its bytes.
-    void protectedFileIsRefused()
+    void init() { folder = std::make_unique<QTemporaryDir>(); }
+
+    // The new file keeps the old one's mode and group. A read-only file is refused, for the administrator
+    // too, and so is a folder in the file's place, leaving nothing behind; many writes leave one file.
+    void replacing()
     {
-        const QString path = at(QStringLiteral("ro.vlk"));
-        QVERIFY(store.write(path, "old").ok());
-        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
-        const platform::Result result = store.write(path, "new");
-        QCOMPARE(result.code, EACCES);
-        QCOMPARE(contents(path), QByteArray("old"));
-        QVERIFY(leftovers(dir.path()).isEmpty());
+        const QByteArray path = QFile::encodeName(at("shared.vlk"));
+        QVERIFY(store.write(at("shared.vlk"), "old").ok());
+        QVERIFY(::chmod(path.constData(), 0640) == 0);
+        const gid_t group = ::getegid() == 0 ? 100 : ::getegid(); // "users" where the tests may change it
+        QVERIFY(::chown(path.constData(), static_cast<uid_t>(-1), group) == 0);
+        QVERIFY(store.write(at("shared.vlk"), "new").ok());
+        struct stat st = {};
+        QVERIFY(::stat(path.constData(), &st) == 0);
+        QCOMPARE(st.st_mode & 07777, mode_t(0640));
+        QCOMPARE(st.st_gid, group);
+        QVERIFY(::chmod(path.constData(), 0444) == 0);
+        QCOMPARE(store.write(at("shared.vlk"), "newer").code, EACCES);
+        QCOMPARE(contents(at("shared.vlk")), QByteArray("new"));
+        QVERIFY(QDir(dir()).mkpath(QStringLiteral("folder.vlk")));
+        QVERIFY(!store.write(at("folder.vlk"), "bytes").ok());
+        for (int i = 0; i < 50; ++i)
+            QVERIFY(store.write(at("a.vlk"), QByteArray::number(i)).ok());
+        QCOMPARE(contents(at("a.vlk")), QByteArray("49"));
+        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "shared.vlk"}));
     }
 
     // A link, relative and through a second link, stays a link; its target takes the bytes.
     void linksAreFollowed()
     {
-        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("real")));
-        const QString target = at(QStringLiteral("real/sheet.vlk"));
-        QVERIFY(store.write(target, "old").ok());
-        QVERIFY(::symlink("real/sheet.vlk", QFile::encodeName(at(QStringLiteral("first.vlk"))).constData()) == 0);
-        QVERIFY(::symlink("first.vlk", QFile::encodeName(at(QStringLiteral("second.vlk"))).constData()) == 0);
-        QVERIFY(store.write(at(QStringLiteral("second.vlk")), "new").ok());
-        QVERIFY(QFileInfo(at(QStringLiteral("second.vlk"))).isSymLink());
-        QVERIFY(QFileInfo(at(QStringLiteral("first.vlk"))).isSymLink());
-        QCOMPARE(contents(target), QByteArray("new"));
-        QVERIFY(leftovers(dir.path()).isEmpty() && leftovers(at(QStringLiteral("real"))).isEmpty());
-    }
-
-    // The new file keeps the old one's mode and group.
-    void modeAndGroupKept()
-    {
-        const QString path = at(QStringLiteral("shared.vlk"));
-        QVERIFY(store.write(path, "old").ok());
-        QVERIFY(::chmod(QFile::encodeName(path).constData(), 0640) == 0);
-        const gid_t group = ::getegid() == 0 ? 100 : ::getegid(); // "users" where the tests may change it
-        QVERIFY(::chown(QFile::encodeName(path).constData(), static_cast<uid_t>(-1), group) == 0);
-        QVERIFY(store.write(path, "new").ok());
-        struct stat st = {};
-        QVERIFY(::stat(QFile::encodeName(path).constData(), &st) == 0);
-        QCOMPARE(st.st_mode & 07777, mode_t(0640));
-        QCOMPARE(st.st_gid, group);
-        QCOMPARE(contents(path), QByteArray("new"));
-    }
-
-    // A write that fails leaves no temporary file; many writes leave one file.
-    void failureLeavesNothingBehind()
-    {
-        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("folder.vlk")));
-        QVERIFY(!store.write(at(QStringLiteral("folder.vlk")), "bytes").ok());
-        QVERIFY(leftovers(dir.path()).isEmpty());
-        QTemporaryDir quiet;
-        for (int i = 0; i < 50; ++i)
-            QVERIFY(store.write(quiet.filePath(QStringLiteral("a.vlk")), QByteArray::number(i)).ok());
-        QCOMPARE(QDir(quiet.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.vlk"});
-        QCOMPARE(contents(quiet.filePath(QStringLiteral("a.vlk"))), QByteArray("49"));
+        QVERIFY(QDir(dir()).mkpath(QStringLiteral("real")));
+        QVERIFY(store.write(at("real/sheet.vlk"), "old").ok());
+        QVERIFY(::symlink("real/sheet.vlk", QFile::encodeName(at("first.vlk")).constData()) == 0);
+        QVERIFY(::symlink("first.vlk", QFile::encodeName(at("second.vlk")).constData()) == 0);
+        QVERIFY(store.write(at("second.vlk"), "new").ok());
+        QVERIFY(QFileInfo(at("second.vlk")).isSymLink() && QFileInfo(at("first.vlk")).isSymLink());
+        QCOMPARE(contents(at("real/sheet.vlk")), QByteArray("new"));
+        QCOMPARE(listing(at("real")), QStringList{"sheet.vlk"});
     }
 
     // What a write cut short by a crash leaves (its temporary file) goes with the next write of the same
     // file once it is a minute old; a younger one may be another writer's, and other files' are not ours.
+    // The young one is looked at again by later writes, and goes once it is old.
     void leftoversOfACrashAreRemoved()
     {
-        QTemporaryDir folder;
-        const auto left = [&](const QString& name, int secondsOld) {
-            QFile file(folder.filePath(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("half");
-            QVERIFY(file.flush());
+        const auto left = [&](const char* name, int secondsOld) {
+            QFile file(at(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("half") == 4 && file.flush());
             QVERIFY(
                 file.setFileTime(QDateTime::currentDateTime().addSecs(-secondsOld), QFileDevice::FileModificationTime));
         };
-        left(QStringLiteral("a.vlk.Ab12Cd.tmp"), 3600);
-        left(QStringLiteral("a.vlk.Xy34Zw.tmp"), 5);
-        left(QStringLiteral("b.vlk.Ab12Cd.tmp"), 3600);
-        QVERIFY(store.write(folder.filePath(QStringLiteral("a.vlk")), "whole").ok());
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
-                 (QStringList{"a.vlk", "a.vlk.Xy34Zw.tmp", "b.vlk.Ab12Cd.tmp"}));
-        // The young one is looked at again by later writes, and goes once it is old.
-        left(QStringLiteral("a.vlk.Xy34Zw.tmp"), 120);
-        QVERIFY(store.write(folder.filePath(QStringLiteral("a.vlk")), "again").ok());
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
+        left("a.vlk.Ab12Cd.tmp", 3600);
+        left("a.vlk.Xy34Zw.tmp", 5);
+        left("b.vlk.Ab12Cd.tmp", 3600);
+        QVERIFY(store.write(at("a.vlk"), "whole").ok());
+        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "a.vlk.Xy34Zw.tmp", "b.vlk.Ab12Cd.tmp"}));
+        left("a.vlk.Xy34Zw.tmp", 120);
+        QVERIFY(store.write(at("a.vlk"), "again").ok());
+        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
     }
 
     // On a real small disk: a write that does not fit, and one into a folder made read-only, fail with the
@@ -124,40 +105,32 @@ private slots:
     // write goes through.
     void fullAndReadOnlyDisk()
     {
-        QTemporaryDir mountPoint;
-        const QByteArray point = QFile::encodeName(mountPoint.path());
-        const QByteArray mount = "mount -t tmpfs -o size=64k veltrick-test " + point + " 2>/dev/null";
-        if (::geteuid() != 0 || std::system(mount.constData()) != 0)
+        const QByteArray point = QFile::encodeName(dir());
+        if (::geteuid() != 0 ||
+            std::system(("mount -t tmpfs -o size=64k veltrick-test " + point + " 2>/dev/null").constData()))
             QSKIP("needs a tmpfs mount (root)");
         const auto unmount = qScopeGuard([&] { std::system(("umount " + point).constData()); });
-        const QString sheet = mountPoint.filePath(QStringLiteral("sheet.vlk"));
-        const QString filler = mountPoint.filePath(QStringLiteral("filler"));
-        const QByteArray old(20 * 1024, 'o');
-        QVERIFY(store.write(sheet, old).ok());
+        const QByteArray old(20 * 1024, 'o'), grown(30 * 1024, 'n');
+        QVERIFY(store.write(at("sheet.vlk"), old).ok());
         {
-            QFile fill(filler);
+            QFile fill(at("filler"));
             QVERIFY(fill.open(QIODevice::WriteOnly));
             while (fill.write(QByteArray(4096, 'f')) > 0 && fill.flush()) {
             }
         }
-        const QByteArray grown(30 * 1024, 'n');
-        platform::Result result = store.write(sheet, grown);
-        QCOMPARE(result.code, ENOSPC);
-        QVERIFY(!result.message.isEmpty());
-        QCOMPARE(contents(sheet), old);
-        QVERIFY(leftovers(mountPoint.path()).isEmpty());
-
-        QVERIFY(QFile::remove(filler));
-        QVERIFY(store.write(sheet, grown).ok());
-        QCOMPARE(contents(sheet), grown);
+        platform::Result result = store.write(at("sheet.vlk"), grown);
+        QVERIFY(result.code == ENOSPC && !result.message.isEmpty());
+        QCOMPARE(contents(at("sheet.vlk")), old);
+        QCOMPARE(listing(dir()), (QStringList{"filler", "sheet.vlk"}));
+        QVERIFY(QFile::remove(at("filler")));
+        QVERIFY(store.write(at("sheet.vlk"), grown).ok());
 
         QCOMPARE(std::system(("mount -o remount,ro " + point).constData()), 0);
-        result = store.write(sheet, old);
-        QCOMPARE(result.code, EROFS);
-        QCOMPARE(contents(sheet), grown);
+        QCOMPARE(store.write(at("sheet.vlk"), old).code, EROFS);
+        QCOMPARE(contents(at("sheet.vlk")), grown);
         QCOMPARE(std::system(("mount -o remount,rw " + point).constData()), 0);
-        QVERIFY(store.write(sheet, old).ok());
-        QCOMPARE(contents(sheet), old);
+        QVERIFY(store.write(at("sheet.vlk"), old).ok());
+        QCOMPARE(contents(at("sheet.vlk")), old);
     }
 };
 
