@@ -1,6 +1,5 @@
-// The program's start, screens and quit; its timesheet window's timing engine, rollover, totals and close;
-// and the document that opens and saves the timesheet, on files in memory, with a fake clock and scripted
-// answers.
+// The program's start, screens and quit, its timesheet window (timing, rollover, totals, close) and the
+// document behind it, over files in memory, a fake clock and scripted answers.
 #include "core/app.h"
 #include "core/timetext.h"
 #include "storage/document.h"
@@ -15,11 +14,12 @@
 #include <ctime>
 
 using namespace core;
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
-const QString kPath = QStringLiteral("/home/ann/Timesheets/week.vlk");
+const QString kPath = u"/home/ann/Timesheets/week.vlk"_s;
 const QDate kDay(2026, 11, 20);
 
 // Answers for the settings and the files; the timesheet is written through the document.
@@ -28,7 +28,7 @@ class Hooks : public AppHooks, public MainwndoHooks
 public:
     void readPrefs(AppPrefs& prefs) override { prefs = stored.value_or(prefs); }
     void saveprefs(const AppPrefs& prefs) override { saved << prefs; }
-    bool fileExists(const QString& path) const override { return existing.contains(path); }
+    bool fileExists(const QString& path) const override { return path == existing; }
     void sesame() override { ++sesames; }
     bool operationsFileExists() const override { return haveOperations; }
     void firstRun() override { ++firstRuns; }
@@ -42,26 +42,30 @@ public:
     storage::Document* document = nullptr;
     std::optional<AppPrefs> stored;
     QList<AppPrefs> saved;
-    QStringList existing;
+    QString existing;
     bool haveOperations = true;
     int sesames = 0, firstRuns = 0, exits = 0, writes = 0;
 };
 
-JobRow makeRow(const QDate& date, const QString& job, const QString& hours = QStringLiteral("01"),
-               const QString& minutes = QStringLiteral("00"), const QString& run = kRunStopped)
+JobRow makeRow(const QDate& date, const QString& job, const QString& hours = u"01"_s, const QString& minutes = u"00"_s,
+               const QString& run = kRunStopped)
 {
     JobRow row;
-    row.cells = {shortDate(date),       job, QStringLiteral("Project ") + job, hours, minutes, QStringLiteral("Design"),
-                 QStringLiteral("Acme")};
-    row.user = QStringLiteral("Ann");
-    row.note = QStringLiteral("keep me on the old day");
+    row.cells = {shortDate(date), job, "Project " + job, hours, minutes, u"Design"_s, u"Acme"_s};
+    row.user = u"Ann"_s;
+    row.note = u"keep me on the old day"_s;
     row.run = run;
     return row;
 }
 
 QString time(const JobRow& row)
 {
-    return row.cell(CellHours) + QLatin1Char(':') + row.cell(CellMinutes);
+    return row.cell(CellHours) + ':' + row.cell(CellMinutes);
+}
+
+Dupitwndo& dupit(platform::ModalForm& form)
+{
+    return static_cast<Dupitwndo&>(form);
 }
 
 } // namespace
@@ -82,19 +86,9 @@ class TestCore : public QObject
     Mainwndo* w = nullptr;
 
     testing::FakeTimer& timer3() { return *timers.made[1]; }
-    void open(std::vector<JobRow> rows, int selected)
-    {
-        w->ListBox1.rows = std::move(rows);
-        w->xpath = QStringLiteral("/tmp/sheet.vlk");
-        w->Windowfilename();
-        w->setListIndex(selected);
-    }
-    Timesheet onDisk(const QString& path = QStringLiteral("/tmp/sheet.vlk"))
-    {
-        return storage::decodeTimesheet(files.files.value(path)).sheet;
-    }
-    // Stores the rows with the start time and opens them as a document.
-    void openFile(std::vector<JobRow> rows, const QString& start)
+    Timesheet onDisk(const QString& path = kPath) { return storage::decodeTimesheet(files.files.value(path)).sheet; }
+    // Stores the rows with the start time and opens them as the document.
+    void open(std::vector<JobRow> rows, const QString& start = {})
     {
         Timesheet sheet;
         sheet.rows = std::move(rows);
@@ -121,21 +115,21 @@ private slots:
         files = testing::MemoryFileStore();
         hooks = Hooks();
         app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks, gate}, hooks);
-        doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, QStringLiteral("/home/ann"));
+        doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, u"/home/ann"_s);
         hooks.document = doc.get();
         w = &app->mainwndo();
     }
 
     void cleanup()
     {
-        QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join(QLatin1Char('\n'))));
+        QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join('\n')));
         QVERIFY(dialogs.scriptDone());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // a closed window
     }
 
-    // A stopped row continued and stopped later adds the clock minutes crossed, whatever the days between;
-    // a start read from a file (no offset known) is taken at the offset of its day. A tick that waited
-    // behind the stop, and a Continue at once stopped, add nothing.
+    // A row continued and stopped adds the clock minutes crossed, whatever the days between; a start read
+    // from the row's file is taken at the offset of its day. A tick held behind the stop, and a Continue at
+    // once stopped, add nothing.
     void measurement_data()
     {
         QTest::addColumn<QDateTime>("start");
@@ -144,22 +138,19 @@ private slots:
         QTest::addColumn<QString>("minutes");
         QTest::addColumn<bool>("fromFile");
         QTest::addColumn<QString>("expected");
-        const QDate d(2026, 6, 10), mar1(2026, 3, 1), dec31(2026, 12, 31);
+        const QDate d(2026, 6, 10), mar1(2026, 3, 1), dec31(2026, 12, 31), autumn(2026, 10, 25);
         const auto at = [](QDate date, int h, int m, int s = 0) { return QDateTime(date, QTime(h, m, s)); };
-        const auto utc = [](QDate date, int h, int m) {
-            return QDateTime(date, QTime(h, m), QTimeZone::utc()).toLocalTime();
-        };
+        const auto utc = [](QDate date, int h, int m) { return QDateTime(date, QTime(h, m), QTimeZone::utc()); };
         const auto row = [](const char* tag, const QDateTime& start, const QDateTime& stop, const char* expected,
                             const char* hours = "01", const char* minutes = "00", bool fromFile = false) {
-            QTest::newRow(tag) << start << stop << hours << minutes << fromFile << expected;
+            QTest::newRow(tag) << start.toLocalTime() << stop.toLocalTime() << hours << minutes << fromFile << expected;
         };
-        // clang-format off
         row("same minute adds nothing", at(d, 10, 0, 1), at(d, 10, 0, 59), "01:00");
         row("boundary crossed in 3 s", at(d, 10, 0, 59), at(d, 10, 1, 2), "01:01");
         row("99:59 plus a minute", at(d, 9, 0), at(d, 9, 1), "100:00", "99", "59");
         row("unreadable cells count 0", at(d, 9, 0), at(d, 9, 5), "00:05", "x", "");
         row("hours past 32-bit minutes", at(d, 9, 0), at(d, 9, 1), "40000001:00", "40000000", "59");
-        row("autumn change, 01:59 to 01:00", utc({2026, 10, 25}, 0, 59), utc({2026, 10, 25}, 1, 0), "01:01");
+        row("autumn change, 01:59 to 01:00", utc(autumn, 0, 59), utc(autumn, 1, 0), "01:01");
         row("spring change, 00:59 to 02:00", utc({2026, 3, 29}, 0, 59), utc({2026, 3, 29}, 1, 0), "01:01");
         row("23:59 to 00:01", at(mar1, 23, 59), at(mar1.addDays(1), 0, 1), "01:02");
         row("over the night", at(mar1, 9, 0), at(mar1.addDays(1), 10, 0), "26:00");
@@ -167,10 +158,8 @@ private slots:
         row("same clock minute days later", at(mar1, 9, 0), at(mar1.addDays(3), 9, 0), "01:00");
         row("year turn, two nights", at(dec31, 9, 0), at(dec31.addDays(2), 10, 0), "50:00");
         row("same day, earlier clock is next morning", at(mar1, 10, 0), at(mar1, 9, 0), "24:00");
-        row("from a file, autumn change", at({2026, 10, 25}, 0, 30), utc({2026, 10, 25}, 1, 10), "02:40", "01", "00", true);
-        // clang-format on
+        row("from a file, autumn change", at(autumn, 0, 30), utc(autumn, 1, 10), "02:40", "01", "00", true);
     }
-
     void measurement()
     {
         QFETCH(QDateTime, start);
@@ -179,10 +168,10 @@ private slots:
         QFETCH(QString, minutes);
         QFETCH(bool, fromFile);
         clock.set(start);
-        open({makeRow(start.date(), QStringLiteral("A1"), hours, minutes)}, 0);
+        open({makeRow(start.date(), u"A1"_s, hours, minutes)});
         if (fromFile) {
-            w->ListBox1.starthrs = start.toString(QStringLiteral("HH"));
-            w->ListBox1.startmin = start.toString(QStringLiteral("mm"));
+            w->ListBox1.starthrs = start.toString(u"HH"_s);
+            w->ListBox1.startmin = start.toString(u"mm"_s);
             clock.set(stop);
             w->Allstop();
         } else {
@@ -218,7 +207,6 @@ private slots:
         QTest::newRow("Cancel") << true << Tr::MWButtonCancel << false;
         QTest::newRow("question turned off") << false << QString() << false;
     }
-
     void midnightRollover()
     {
         QFETCH(bool, ask);
@@ -226,35 +214,32 @@ private slots:
         QFETCH(bool, tickDontShow);
         app->prefs.warningsign = ask;
         clock.set(2026, 11, 21, 23, 50);
-        const JobRow k1 = makeRow(QDate(2026, 11, 20), "K1");
-        open({makeRow(QDate(2026, 11, 21), "J7", "02"), k1}, 0);
+        const JobRow k1 = makeRow(kDay, u"K1"_s);
+        open({makeRow(kDay.addDays(1), u"J7"_s, u"02"_s), k1});
         w->runButton_Action();
         clock.set(2026, 11, 22, 0, 5);
         if (ask) {
-            dialogs.expectModal(QStringLiteral("dupitwndo"), [&](platform::ModalForm& form) {
-                auto& d = static_cast<Dupitwndo&>(form);
+            dialogs.expectModal(u"dupitwndo"_s, [&](platform::ModalForm& form) {
                 // No start, stop or tick while the question is open.
                 QVERIFY(!w->runButton.enabled && timer3().mode() == platform::Timer::Off);
                 if (tickDontShow)
-                    d.dontshow_Action(true);
-                answer == Tr::MWButtonOK ? d.dupeit_Action() : d.Cancel_Action();
+                    dupit(form).dontshow_Action(true);
+                answer == Tr::MWButtonOK ? dupit(form).dupeit_Action() : dupit(form).Cancel_Action();
             });
         }
         timer3().fire();
         const bool copied = answer != Tr::MWButtonCancel;
-        JobRow today = makeRow(QDate(2026, 11, 22), "J7", "00", "00", kRunRunning);
+        JobRow today = makeRow(kDay.addDays(2), u"J7"_s, u"00"_s, u"00"_s, kRunRunning);
         today.note.clear();
-        const JobRow old = makeRow(QDate(2026, 11, 21), "J7", "02", "15");
+        const JobRow old = makeRow(kDay.addDays(1), u"J7"_s, u"02"_s, u"15"_s);
         QCOMPARE(w->ListBox1.rows, (copied ? std::vector{today, old, k1} : std::vector{old, k1}));
-        QCOMPARE(w->ListBox1.ListIndex, 0);
+        QVERIFY(w->ListBox1.ListIndex == 0 && w->runButton.enabled && w->running == copied);
         QCOMPARE(app->prefs.warningsign, ask && !tickDontShow);
-        QVERIFY(w->runButton.enabled);
-        QCOMPARE(w->running, copied);
         QCOMPARE(w->runButton.caption, copied ? Tr::MWStartButtonStop : Tr::MWStartButtonSt);
         QCOMPARE(w->clientlist2.enabled, !copied);
         clock.set(2026, 11, 22, 0, 9);
         timer3().fire();
-        QCOMPARE(time(w->ListBox1.row(0)), copied ? QStringLiteral("00:04") : QStringLiteral("02:15"));
+        QCOMPARE(time(w->ListBox1.row(0)), copied ? u"00:04"_s : u"02:15"_s);
     }
 
     // Continuing a row of an earlier day asks (Cancel changes nothing); a first start moves the row to
@@ -262,11 +247,10 @@ private slots:
     void staleRowStart()
     {
         clock.set(2026, 11, 22, 14, 0);
-        const std::vector rows{makeRow(QDate(2026, 11, 19), "S1", "03", "10"),
-                               makeRow(QDate(2026, 11, 18), "S2", "00", "00", kRunNever)};
-        open(rows, 0);
-        dialogs.expectModal(QStringLiteral("dupitwndo"),
-                            [](platform::ModalForm& f) { static_cast<Dupitwndo&>(f).Cancel_Action(); });
+        const std::vector rows{makeRow(kDay, u"S1"_s, u"03"_s, u"10"_s),
+                               makeRow(kDay, u"S2"_s, u"00"_s, u"00"_s, kRunNever)};
+        open(rows);
+        dialogs.expectModal(u"dupitwndo"_s, [](platform::ModalForm& f) { dupit(f).Cancel_Action(); });
         w->runButton_Action();
         QVERIFY(!w->running);
         QCOMPARE(w->ListBox1.rows, rows);
@@ -285,40 +269,38 @@ private slots:
     void totals()
     {
         const QDate today = clock.now().date();
-        open(
-            {makeRow(today, "A", "123", "05"), makeRow(today.addDays(-1), "B", "120", "05"), makeRow(today, "a", "03")},
-            -1);
+        open({makeRow(today, u"A"_s, u"123"_s, u"05"_s), makeRow(today.addDays(-1), u"B"_s, u"120"_s, u"05"_s),
+              makeRow(today, u"a"_s, u"03"_s)});
+        w->setListIndex(-1);
         w->Uptotal2(1);
-        QCOMPARE(w->runtotal, QStringLiteral("List Totals - Time: 246:10, Today: 00:00, Entries: 03"));
-        QVERIFY(!w->runButton.enabled && w->notebox.caption.isEmpty() && !w->Event_KeyDown(QLatin1Char(' ')));
+        QCOMPARE(w->runtotal, u"List Totals - Time: 246:10, Today: 00:00, Entries: 03"_s);
+        QVERIFY(!w->runButton.enabled && w->notebox.caption.isEmpty() && !w->Event_KeyDown(' '));
         w->setListIndex(0);
         w->Uptotal2(1);
         w->totalJobTime();
         w->totalSelectedDay();
-        QCOMPARE(w->runtotal, QStringLiteral("List Totals - Time: 246:10, Today: 126:05, Entries: 03"));
+        QCOMPARE(w->runtotal, u"List Totals - Time: 246:10, Today: 126:05, Entries: 03"_s);
         QCOMPARE(w->jobtotal + w->selecteddaytotal + w->notebox.caption, "126:05126:05keep me on the old day");
-        const JobRow big = makeRow(today, "L", "30000000", "30");
-        open({big, big}, 0);
-        w->Uptotal2(1);
-        QCOMPARE(w->runtotal, QStringLiteral("List Totals - Time: 60000001:00, Today: 60000001:00, Entries: 02"));
+        const JobRow big = makeRow(today, u"L"_s, u"30000000"_s, u"30"_s);
+        open({big, big});
+        QCOMPARE(w->runtotal, u"List Totals - Time: 60000001:00, Today: 60000001:00, Entries: 02"_s);
     }
 
     // A failed write keeps the rows and the dirty mark, tells the user, and the next tick tries again.
     void failedSaveKeepsTiming()
     {
-        clock.set(2026, 11, 22, 10, 0);
-        open({makeRow(QDate(2026, 11, 22), QStringLiteral("F"), QStringLiteral("00"))}, 0);
+        clock.set(QDateTime(kDay, QTime(10, 0)));
+        open({makeRow(kDay, u"F"_s, u"00"_s)});
         w->runButton_Action();
         files.failWrites = true;
-        clock.set(2026, 11, 22, 10, 1);
+        clock.advanceMinutes(1);
         timer3().fire();
         QCOMPARE(dialogs.messages, QStringList{Tr::MWErrorWriteFail});
         QVERIFY(w->datastream == Tr::MWDSWriteError && w->boxchange && w->running);
         files.failWrites = false;
-        clock.set(2026, 11, 22, 10, 2);
+        clock.advanceMinutes(1);
         timer3().fire();
-        QVERIFY(!w->boxchange);
-        QCOMPARE(time(onDisk().row(0)), QStringLiteral("00:02"));
+        QVERIFY(!w->boxchange && time(onDisk().row(0)) == u"00:02"_s);
         timers.made[0]->fire(); // Timer2 clears the status line
         QVERIFY(w->datastream.isEmpty());
     }
@@ -328,48 +310,45 @@ private slots:
     void quitAsksToSave_data()
     {
         QTest::addColumn<int>("answer");
-        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("untitled");
         QTest::addColumn<bool>("refused");
         QTest::addColumn<bool>("quits");
         QTest::addColumn<int>("writes");
         const int save = int(platform::Answer::Action);
-        QTest::newRow("Save") << save << "/tmp/sheet.vlk" << false << true << 1;
-        QTest::newRow("Save, the disk refuses") << save << "/tmp/sheet.vlk" << true << false << 1;
-        QTest::newRow("Save, no file") << save << "" << false << false << 0;
-        QTest::newRow("Don't Save") << int(platform::Answer::Alternate) << "/tmp/sheet.vlk" << false << true << 0;
-        QTest::newRow("Cancel") << int(platform::Answer::Cancel) << "/tmp/sheet.vlk" << false << false << 0;
+        QTest::newRow("Save") << save << false << false << true << 1;
+        QTest::newRow("Save, the disk refuses") << save << false << true << false << 1;
+        QTest::newRow("Save, no file") << save << true << false << false << 0;
+        QTest::newRow("Don't Save") << int(platform::Answer::Alternate) << false << false << true << 0;
+        QTest::newRow("Cancel") << int(platform::Answer::Cancel) << false << false << false << 0;
     }
-
     void quitAsksToSave()
     {
         QFETCH(int, answer);
-        QFETCH(QString, path);
+        QFETCH(bool, untitled);
+        QFETCH(bool, refused);
         QFETCH(bool, quits);
-        open({makeRow(clock.now().date(), QStringLiteral("Q"))}, 0);
-        w->xpath = path;
+        open({makeRow(kDay, u"Q"_s)});
+        QVERIFY(!w->Event_CancelClose()); // clean: no question
+        if (untitled)
+            w->xpath.clear();
         w->Windowfilename();
         w->geometry = QRect(40, 60, 700, 500);
-        QVERIFY(!w->Event_CancelClose()); // clean: no question
-        QFETCH(bool, refused);
         files.failWrites = refused;
         w->markChanged();
-        if (path.isEmpty())
-            QVERIFY(!w->autosave() && w->boxchange); // with no file the rows stay unsaved
+        QVERIFY(!untitled || (!w->autosave() && w->boxchange)); // with no file the rows stay unsaved
         dialogs.expectAnswer(platform::Answer(answer));
         QCOMPARE(app->_FileQuit_Action(), quits);
         QTEST(hooks.writes, "writes");
-        QCOMPARE(dialogs.questions.last().message,
-                 QStringLiteral("Do you want to save changes to \"%1\" before "
-                                "closing?")
-                     .arg(path.isEmpty() ? Mainwndo::kUntitled : QStringLiteral("sheet.vlk")));
+        QCOMPARE(dialogs.questions.last().message, u"Do you want to save changes to \"%1\" before closing?"_s.arg(
+                                                       untitled ? Mainwndo::kUntitled : u"week.vlk"_s));
         QVERIFY(hooks.exits == int(quits) && (app->existingMainwndo() == nullptr) == quits);
         QCOMPARE(hooks.saved.size(), quits ? 2 : 1);
         QCOMPARE(QPoint(hooks.saved.last().winwidth, hooks.saved.last().wintop),
                  quits ? QPoint(700, 60) : QPoint(501, 50));
     }
 
-    // The start: the settings read over the defaults, the mouse's place kept, the recent timesheet opened or
-    // reported missing (its path stays in the settings), and a first run welcomed.
+    // The start reads the settings over the defaults, keeps the mouse's place, opens the recent timesheet or
+    // tells that it is gone (its path stays in the settings), and welcomes a first run.
     void start_data()
     {
         QTest::addColumn<bool>("exists");
@@ -380,45 +359,38 @@ private slots:
         QTest::newRow("auto-open off") << true << false << false;
         QTest::newRow("first run, no settings") << false << true << true;
     }
-
     void start()
     {
         QFETCH(bool, exists);
         QFETCH(bool, autopen);
         QFETCH(bool, firstRun);
-        const QString path = QStringLiteral("/home/ann/Week 47.vlk");
+        const QString path = u"/home/ann/Week 47.vlk"_s;
         AppPrefs stored;
-        stored.lastdoc = path;
-        stored.autopen = autopen;
-        stored.fontsize = 14;
-        if (!firstRun)
-            hooks.stored = stored;
-        if (exists)
-            hooks.existing << path;
+        std::tie(stored.lastdoc, stored.autopen, stored.fontsize) = std::tuple(path, autopen, 14);
+        hooks.stored = firstRun ? std::nullopt : std::optional(stored);
+        hooks.existing = exists ? path : QString();
         hooks.haveOperations = !firstRun;
         desktop.mouse = QPoint(321, 123);
         app->prefs.fontsize = 99;
         app->Event_Open();
         const bool opens = exists && autopen && !firstRun;
-        QCOMPARE(hooks.sesames, opens ? 1 : 0);
-        QCOMPARE(app->thisdoc, opens ? path : QString());
-        QCOMPARE(hooks.firstRuns, firstRun ? 1 : 0);
+        QVERIFY(hooks.sesames == int(opens) && app->thisdoc == (opens ? path : QString()));
+        QCOMPARE(hooks.firstRuns, int(firstRun));
         QCOMPARE(app->prefs.fontsize, firstRun ? AppPrefs().fontsize : 14);
         QCOMPARE(app->prefs.lastdoc, firstRun ? QString() : path);
         QCOMPARE(QPoint(app->prefs.positionx, app->prefs.positiony), desktop.mouse);
-        const QString missing =
-            QStringLiteral("Veltrick - Error [-2]\n\nWARNING! - Unable to open the recent timesheet "
-                           "file - Perhaps the file has been moved or deleted!\nThe last known "
-                           "path to the file was: /home/ann/Week 47.vlk");
-        QCOMPARE(dialogs.messages, !exists && !firstRun ? QStringList{missing} : QStringList());
+        const QString gone = u"Veltrick - Error [-2]\n\nWARNING! - Unable to open the recent timesheet file - Perhaps "
+                             "the file has been moved or deleted!\nThe last known path to the file was: "_s +
+                             path;
+        QCOMPARE(dialogs.messages, !exists && !firstRun ? QStringList{gone} : QStringList());
     }
 
     // A window position is on a screen when it lies inside its area, edges included.
     void restoreWindowSize()
     {
         desktop.screenList = {QRect(0, 0, 1920, 1080), QRect(1921, 0, 1280, 1024)};
-        const QString moved = QStringLiteral("Previous display is not available.\n\nFor your convenience, the "
-                                             "Timesheet window has been moved to your main display.");
+        const QString moved = u"Previous display is not available.\n\nFor your convenience, the Timesheet window "
+                              "has been moved to your main display."_s;
         const std::pair<QPoint, int> cases[] = {
             {{10, 50}, 0}, {{1920, 1080}, 0}, {{2000, 100}, 1}, {{-3000, 100}, -1}}; // -1: the display is gone
         for (const auto& [topLeft, screen] : cases) {
@@ -434,12 +406,10 @@ private slots:
     // An unexpected error is told, with the address to report it to or, without one, the version.
     void errorsAreReportedNotFatal()
     {
-        app->Event_UnhandledException(-3, QStringLiteral("bad_alloc"));
-        QCOMPARE(desktop.beeps, 1);
-        QVERIFY(dialogs.messages.first().startsWith(QStringLiteral("Veltrick - Error [-3]\n\nOoops... I can't do")));
-        QVERIFY(App::unhandledText(2, QString()).endsWith(QStringLiteral("please report it. (Veltrick v.8.0)")));
-        QVERIFY(App::unhandledText(2, QStringLiteral("bugs@example.org"))
-                    .endsWith(QStringLiteral("please report it by sending an email to: bugs@example.org")));
+        app->Event_UnhandledException(-3, u"bad_alloc"_s);
+        QVERIFY(desktop.beeps == 1 && dialogs.messages.first().startsWith(u"Veltrick - Error [-3]\n\nOoops..."_s));
+        QVERIFY(App::unhandledText(2, QString()).endsWith(u"please report it. (Veltrick v.8.0)"_s));
+        QVERIFY(App::unhandledText(2, u"a@b.org"_s).endsWith(u"please report it by sending an email to: a@b.org"_s));
     }
 
     // A timer left running when the program ended: the closed time is charged and the job runs on from the
@@ -457,7 +427,6 @@ private slots:
         QTest::newRow("next day, later clock") << "09:00" << QDateTime(kDay.addDays(1), QTime(10, 0)) << 0 << "26:00";
         QTest::newRow("no start time") << "" << QDateTime(kDay, QTime(11, 0)) << 0 << "01:00";
     }
-
     void leftOverTimer()
     {
         QFETCH(QString, start);
@@ -467,25 +436,22 @@ private slots:
         files.onWrite = [this, saveSeconds] { clock.set(clock.now().addSecs(saveSeconds)); };
         const bool nextDay = now.date() != kDay;
         if (nextDay)
-            dialogs.expectModal(QStringLiteral("dupitwndo"),
-                                [](platform::ModalForm& f) { static_cast<Dupitwndo&>(f).dupeit_Action(); });
-        openFile({makeRow(kDay, "R1", "01", "00", kRunRunning)}, start);
+            dialogs.expectModal(u"dupitwndo"_s, [](platform::ModalForm& f) { dupit(f).dupeit_Action(); });
+        open({makeRow(kDay, u"R1"_s, u"01"_s, u"00"_s, kRunRunning)}, start);
         const JobRow& charged = w->ListBox1.row(nextDay ? 1 : 0);
-        QTEST(hhmm(charged.minutes()), "charged");
-        QCOMPARE(w->running, !start.isEmpty());
+        QTEST(time(charged), "charged");
+        QVERIFY(w->running != start.isEmpty() && dialogs.messages.isEmpty() == start.isEmpty());
         QCOMPARE(w->ListBox1.selected().run, start.isEmpty() ? kRunStopped : kRunRunning);
-        QCOMPARE(dialogs.messages.isEmpty(), start.isEmpty());
         if (start.isEmpty())
             return;
-        QCOMPARE(dialogs.messages, QStringList{QStringLiteral(
-                                       "Veltrick - WARNING!\n\nThe timer was not stopped for the Job in Row 1. The "
-                                       "time elapsed while Veltrick was closed will be added to this jobs total.")});
+        QCOMPARE(dialogs.messages, QStringList{u"Veltrick - WARNING!\n\nThe timer was not stopped for the Job in Row "
+                                               "1. The time elapsed while Veltrick was closed will be added to this "
+                                               "jobs total."_s});
         QCOMPARE(w->ListBox1.selected().cell(CellDate), shortDate(now.date()));
-        // What is on disk agrees: the charge and the running row both reached the file.
-        const Timesheet disk = onDisk(kPath);
-        QCOMPARE(disk.ListCount(), w->ListBox1.ListCount());
-        QCOMPARE(disk.row(nextDay ? 1 : 0).minutes(), charged.minutes());
-        QCOMPARE(disk.starthrs + QLatin1Char(':') + disk.startmin, now.toString(QStringLiteral("HH:mm")));
+        // The charge and the running row both reached the file.
+        const Timesheet disk = onDisk();
+        QVERIFY(disk.ListCount() == w->ListBox1.ListCount() && time(disk.row(nextDay ? 1 : 0)) == time(charged));
+        QCOMPARE(disk.starthrs + ':' + disk.startmin, now.toString(u"HH:mm"_s));
     }
 
     // Of two rows left running only the last is charged and goes on, selected; the other is stopped, so
@@ -493,18 +459,15 @@ private slots:
     void twoRunningRowsChargeTheLast()
     {
         clock.set(QDateTime(kDay, QTime(12, 0)));
-        openFile({makeRow(kDay, "A", "00", "10", kRunRunning), makeRow(kDay, "B", "00", "20", kRunNever),
-                  makeRow(kDay, "C", "00", "30", kRunRunning)},
-                 QStringLiteral("11:00"));
-        QCOMPARE(dialogs.messages.size(), 2);
-        QVERIFY(dialogs.messages[0].contains(QStringLiteral("Row 1.")) &&
-                dialogs.messages[1].contains(QStringLiteral("Row 3.")));
+        open({makeRow(kDay, u"A"_s, u"00"_s, u"10"_s, kRunRunning), makeRow(kDay, u"B"_s, u"00"_s, u"20"_s, kRunNever),
+              makeRow(kDay, u"C"_s, u"00"_s, u"30"_s, kRunRunning)},
+             u"11:00"_s);
+        QVERIFY(dialogs.messages.size() == 2 && dialogs.messages[0].contains(u"Row 1."_s) &&
+                dialogs.messages[1].contains(u"Row 3."_s));
         QCOMPARE(w->ListBox1.ListIndex, 2);
-        QCOMPARE(hhmm(w->ListBox1.row(2).minutes()) + hhmm(w->ListBox1.row(0).minutes()), QStringLiteral("01:3000:10"));
-        QCOMPARE(w->ListBox1.row(0).run, kRunStopped);
+        QCOMPARE(time(w->ListBox1.row(2)) + time(w->ListBox1.row(0)) + w->ListBox1.row(0).run, u"01:3000:10"_s);
         w->Allstop();
-        QVERIFY(w->setListIndex(0) && !w->running);
-        QCOMPARE(w->runButton.caption, Tr::MWStartButtonSt);
+        QVERIFY(w->setListIndex(0) && !w->running && w->runButton.caption == Tr::MWStartButtonSt);
     }
 
     // A damaged file, opened or converted, gives the load's message and shows what could be read, a row
@@ -515,13 +478,13 @@ private slots:
         for (const bool convert : {false, true}) {
             init();
             Timesheet sheet;
-            sheet.rows = {makeRow(kDay, "A", "01", "00", kRunRunning)};
+            sheet.rows = {makeRow(kDay, u"A"_s, u"01"_s, u"00"_s, kRunRunning)};
             const qsizetype rowA = storage::encodeTimesheet(sheet).size() - 2;
-            sheet.rows.push_back(makeRow(kDay, "B"));
-            sheet.starthrs = QStringLiteral("09");
+            sheet.rows.push_back(makeRow(kDay, u"B"_s));
+            sheet.starthrs = u"09"_s;
             const QByteArray cut = storage::encodeTimesheet(sheet).left(rowA); // B and the start time cut off
             files.files[kPath] = cut;
-            app->prefs.lastdoc = QStringLiteral("/home/ann/other.vlk");
+            app->prefs.lastdoc = u"/home/ann/other.vlk"_s;
             if (convert) {
                 dialogs.expectAnswer(platform::Answer::Action);
                 dialogs.expectFile(kPath);
@@ -530,15 +493,13 @@ private slots:
                 app->thisdoc = kPath;
                 doc->sesame();
             }
-            QCOMPARE(dialogs.messages, QStringList{QStringLiteral("Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe "
-                                                                  "last known path to the file was: ") +
-                                                   kPath});
-            QCOMPARE(w->ListBox1.ListCount(), 1);
-            QVERIFY(w->setListIndex(0) && !w->running);
+            QCOMPARE(dialogs.messages,
+                     QStringList{"Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe last known path to the file was: " +
+                                 kPath});
+            QVERIFY(w->ListBox1.ListCount() == 1 && w->setListIndex(0) && !w->running);
             QVERIFY(w->xpath.isEmpty() && w->boxchange);
             w->autosave();
-            QVERIFY(w->boxchange);
-            QCOMPARE(files.files[kPath], cut);
+            QVERIFY(w->boxchange && files.files[kPath] == cut);
             cleanup();
         }
     }
@@ -547,20 +508,18 @@ private slots:
     // becomes the document's, with the suffix added.
     void saveAsRefused()
     {
-        openFile({makeRow(kDay, "A")}, {});
+        open({makeRow(kDay, u"A"_s)});
         files.failWrites = true;
-        dialogs.expectFile(QStringLiteral("/readonly/copy"));
+        dialogs.expectFile(u"/readonly/copy"_s);
         doc->newSaveAs();
-        QCOMPARE(dialogs.messages.last(), QStringLiteral("Error [28] Access denied!\n\nSorry, I can't write your "
-                                                         "Timesheet file in that location."));
+        QCOMPARE(dialogs.messages.last(),
+                 u"Error [28] Access denied!\n\nSorry, I can't write your Timesheet file in that location."_s);
         QCOMPARE(w->xpath, kPath);
-
         files.failWrites = false;
-        dialogs.expectFile(QStringLiteral("/home/ann/copy"));
+        dialogs.expectFile(u"/home/ann/copy"_s);
         doc->newSaveAs();
-        const QString copy = QStringLiteral("/home/ann/copy.vlk");
-        QCOMPARE(w->xpath + app->prefs.lastdoc, copy + copy);
-        QCOMPARE(onDisk(copy).ListCount(), 1);
+        const QString copy = u"/home/ann/copy.vlk"_s;
+        QVERIFY(w->xpath == copy && app->prefs.lastdoc == copy && onDisk(copy).ListCount() == 1);
     }
 };
 

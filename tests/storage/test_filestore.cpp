@@ -20,12 +20,6 @@ QByteArray contents(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// The folder's files, temporary ones included.
-QStringList listing(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-}
-
 } // namespace
 
 class TestFileStore : public QObject
@@ -36,7 +30,12 @@ class TestFileStore : public QObject
     storage::DiskFileStore store;
 
     QString at(const char* name) const { return folder->filePath(QLatin1String(name)); }
-    QString dir() const { return folder->path(); }
+    QByteArray native(const char* name) const { return QFile::encodeName(at(name)); }
+    // The folder's files, temporary ones included.
+    QStringList listing(const char* sub = ".") const
+    {
+        return QDir(at(sub)).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
 
 private slots:
     void init() { folder = std::make_unique<QTemporaryDir>(); }
@@ -45,38 +44,35 @@ private slots:
     // too, and so is a folder in the file's place, leaving nothing behind; many writes leave one file.
     void replacing()
     {
-        const QByteArray path = QFile::encodeName(at("shared.vlk"));
         QVERIFY(store.write(at("shared.vlk"), "old").ok());
-        QVERIFY(::chmod(path.constData(), 0640) == 0);
+        QVERIFY(::chmod(native("shared.vlk").constData(), 0640) == 0);
         const gid_t group = ::getegid() == 0 ? 100 : ::getegid(); // "users" where the tests may change it
-        QVERIFY(::chown(path.constData(), static_cast<uid_t>(-1), group) == 0);
+        QVERIFY(::chown(native("shared.vlk").constData(), static_cast<uid_t>(-1), group) == 0);
         QVERIFY(store.write(at("shared.vlk"), "new").ok());
         struct stat st = {};
-        QVERIFY(::stat(path.constData(), &st) == 0);
-        QCOMPARE(st.st_mode & 07777, mode_t(0640));
-        QCOMPARE(st.st_gid, group);
-        QVERIFY(::chmod(path.constData(), 0444) == 0);
+        QVERIFY(::stat(native("shared.vlk").constData(), &st) == 0);
+        QVERIFY((st.st_mode & 07777) == 0640 && st.st_gid == group);
+        QVERIFY(::chmod(native("shared.vlk").constData(), 0444) == 0);
         QCOMPARE(store.write(at("shared.vlk"), "newer").code, EACCES);
         QCOMPARE(contents(at("shared.vlk")), QByteArray("new"));
-        QVERIFY(QDir(dir()).mkpath(QStringLiteral("folder.vlk")));
+        QVERIFY(QDir(folder->path()).mkpath(QStringLiteral("folder.vlk")));
         QVERIFY(!store.write(at("folder.vlk"), "bytes").ok());
         for (int i = 0; i < 50; ++i)
             QVERIFY(store.write(at("a.vlk"), QByteArray::number(i)).ok());
         QCOMPARE(contents(at("a.vlk")), QByteArray("49"));
-        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "shared.vlk"}));
+        QCOMPARE(listing(), (QStringList{"a.vlk", "shared.vlk"}));
     }
 
     // A link, relative and through a second link, stays a link; its target takes the bytes.
     void linksAreFollowed()
     {
-        QVERIFY(QDir(dir()).mkpath(QStringLiteral("real")));
         QVERIFY(store.write(at("real/sheet.vlk"), "old").ok());
-        QVERIFY(::symlink("real/sheet.vlk", QFile::encodeName(at("first.vlk")).constData()) == 0);
-        QVERIFY(::symlink("first.vlk", QFile::encodeName(at("second.vlk")).constData()) == 0);
+        QVERIFY(::symlink("real/sheet.vlk", native("first.vlk").constData()) == 0);
+        QVERIFY(::symlink("first.vlk", native("second.vlk").constData()) == 0);
         QVERIFY(store.write(at("second.vlk"), "new").ok());
         QVERIFY(QFileInfo(at("second.vlk")).isSymLink() && QFileInfo(at("first.vlk")).isSymLink());
         QCOMPARE(contents(at("real/sheet.vlk")), QByteArray("new"));
-        QCOMPARE(listing(at("real")), QStringList{"sheet.vlk"});
+        QCOMPARE(listing("real"), QStringList{"sheet.vlk"});
     }
 
     // What a write cut short by a crash leaves (its temporary file) goes with the next write of the same
@@ -94,10 +90,10 @@ private slots:
         left("a.vlk.Xy34Zw.tmp", 5);
         left("b.vlk.Ab12Cd.tmp", 3600);
         QVERIFY(store.write(at("a.vlk"), "whole").ok());
-        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "a.vlk.Xy34Zw.tmp", "b.vlk.Ab12Cd.tmp"}));
+        QCOMPARE(listing(), (QStringList{"a.vlk", "a.vlk.Xy34Zw.tmp", "b.vlk.Ab12Cd.tmp"}));
         left("a.vlk.Xy34Zw.tmp", 120);
         QVERIFY(store.write(at("a.vlk"), "again").ok());
-        QCOMPARE(listing(dir()), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
+        QCOMPARE(listing(), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
     }
 
     // On a real small disk: a write that does not fit, and one into a folder made read-only, fail with the
@@ -105,11 +101,11 @@ private slots:
     // write goes through.
     void fullAndReadOnlyDisk()
     {
-        const QByteArray point = QFile::encodeName(dir());
-        if (::geteuid() != 0 ||
-            std::system(("mount -t tmpfs -o size=64k veltrick-test " + point + " 2>/dev/null").constData()))
+        const QByteArray point = QFile::encodeName(folder->path());
+        const auto run = [](const QByteArray& command) { return std::system(command.constData()) == 0; };
+        if (::geteuid() != 0 || !run("mount -t tmpfs -o size=64k veltrick-test " + point + " 2>/dev/null"))
             QSKIP("needs a tmpfs mount (root)");
-        const auto unmount = qScopeGuard([&] { std::system(("umount " + point).constData()); });
+        const auto unmount = qScopeGuard([&] { run("umount " + point); });
         const QByteArray old(20 * 1024, 'o'), grown(30 * 1024, 'n');
         QVERIFY(store.write(at("sheet.vlk"), old).ok());
         {
@@ -118,18 +114,15 @@ private slots:
             while (fill.write(QByteArray(4096, 'f')) > 0 && fill.flush()) {
             }
         }
-        platform::Result result = store.write(at("sheet.vlk"), grown);
+        const platform::Result result = store.write(at("sheet.vlk"), grown);
         QVERIFY(result.code == ENOSPC && !result.message.isEmpty());
         QCOMPARE(contents(at("sheet.vlk")), old);
-        QCOMPARE(listing(dir()), (QStringList{"filler", "sheet.vlk"}));
-        QVERIFY(QFile::remove(at("filler")));
-        QVERIFY(store.write(at("sheet.vlk"), grown).ok());
-
-        QCOMPARE(std::system(("mount -o remount,ro " + point).constData()), 0);
+        QCOMPARE(listing(), (QStringList{"filler", "sheet.vlk"}));
+        QVERIFY(QFile::remove(at("filler")) && store.write(at("sheet.vlk"), grown).ok());
+        QVERIFY(run("mount -o remount,ro " + point));
         QCOMPARE(store.write(at("sheet.vlk"), old).code, EROFS);
         QCOMPARE(contents(at("sheet.vlk")), grown);
-        QCOMPARE(std::system(("mount -o remount,rw " + point).constData()), 0);
-        QVERIFY(store.write(at("sheet.vlk"), old).ok());
+        QVERIFY(run("mount -o remount,rw " + point) && store.write(at("sheet.vlk"), old).ok());
         QCOMPARE(contents(at("sheet.vlk")), old);
     }
 };

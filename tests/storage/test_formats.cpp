@@ -9,6 +9,7 @@
 #include <QTest>
 
 using namespace storage;
+using namespace Qt::StringLiterals;
 using core::AppPrefs;
 using core::JobRow;
 using core::Timesheet;
@@ -30,11 +31,9 @@ Timesheet sampleSheet(int rows)
 {
     Timesheet sheet;
     for (int i = 0; i < rows; ++i)
-        sheet.AddRow(makeRow(
-            {"22/11/26", QStringLiteral("J%1").arg(i), "Project", "01", QString::number(i % 60), "Design", "Acme"},
-            i % 2 ? "**" : "", QStringLiteral("note %1").arg(i), "Default User"));
-    sheet.starthrs = "09";
-    sheet.startmin = "41";
+        sheet.AddRow(makeRow({"22/11/26", u"J%1"_s.arg(i), "Project", "01", QString::number(i % 60), "Design", "Acme"},
+                             i % 2 ? "**" : "", u"note %1"_s.arg(i), "Default User"));
+    std::tie(sheet.starthrs, sheet.startmin) = std::tuple(u"09"_s, u"41"_s);
     return sheet;
 }
 
@@ -63,14 +62,12 @@ AppPrefs changedPrefs()
 {
     AppPrefs p;
     // clang-format off
-    p.fontsize = 14; p.chosefont = QStringLiteral("DejaVu Sans"); p.dateon = false;
-    p.iam = QStringLiteral("Gedruckt am – Überblick"); p.usrname = QStringLiteral("Zoë Müller");
-    p.wintop = -20; p.expbr = true; p.expnt = false; p.red = 0;
-    p.rmteops = QStringLiteral("/srv/team/VK8 Opps List"); p.nteon = true; p.netlook = true;
-    p.lastdoc = QStringLiteral("/home/zoë/Week 47.vlk"); p.autopen = true; p.waittime = 15;
-    p.statusquo = false; p.statusleft = -300; p.howmanyscreens = 2; p.statustrans = 20; p.dokflash = 0;
-    p.killQuit = 0; p.presetwinWidth = 1200; p.exportFormat = QStringLiteral("txt"); p.updatetime = 3;
-    p.xprtEncoding = 2;
+    p.fontsize = 14; p.chosefont = u"DejaVu Sans"_s; p.dateon = false; p.iam = u"Gedruckt am – Überblick"_s;
+    p.usrname = u"Zoë Müller"_s; p.wintop = -20; p.expbr = true; p.expnt = false; p.red = 0;
+    p.rmteops = u"/srv/team/VK8 Opps List"_s; p.nteon = true; p.netlook = true; p.lastdoc = u"/home/zoë/W 47.vlk"_s;
+    p.autopen = true; p.waittime = 15; p.statusquo = false; p.statusleft = -300; p.howmanyscreens = 2;
+    p.statustrans = 20; p.dokflash = 0; p.killQuit = 0; p.presetwinWidth = 1200; p.exportFormat = u"txt"_s;
+    p.updatetime = 3; p.xprtEncoding = 2;
     // clang-format on
     return p;
 }
@@ -92,8 +89,7 @@ private slots:
                              "**", "line one\r\nline two\nthree\ttab \"q\" 'q'", "Zoë", "over"));
         texts.AddRow(makeRow({"1/2/26"}));
         texts.AddRow(makeRow({"1/2/26", "x"}, "*"));
-        texts.starthrs = "23";
-        texts.startmin = "59";
+        std::tie(texts.starthrs, texts.startmin) = std::tuple(u"23"_s, u"59"_s);
         QTest::newRow("texts and run tags") << texts;
         Timesheet longest;
         longest.AddRow(makeRow({QString(186, u'n')}, {}, QString(62, u'€')));
@@ -116,7 +112,8 @@ private slots:
         QCOMPARE(swapped.sheet, sheet);
     }
 
-    // The bytes themselves, field by field, and base64 lines of 76 characters with CR LF between them.
+    // The bytes, field by field; base64 lines of 76 characters with CR LF between them; a text too long
+    // for its field cut at a character boundary, and the cut counted.
     void timesheetBytes()
     {
         QCOMPARE(encodeTimesheet(Timesheet()), QByteArray("\0\0\0\0\0\0", 6));
@@ -137,22 +134,17 @@ private slots:
                 QCOMPARE(field.mid(line * 78 - 1, 2), QByteArray("\r\n"));
             QCOMPARE(field.count('\r'), (stored - 1) / 78);
         }
-    }
-
-    // A text too long for its field is cut at a character boundary, and the cut is counted.
-    void timesheetLongTextIsCut()
-    {
         QVERIFY(fitsTimesheetField(QString(186, u'x')));
-        const std::pair<QString, int> cases[] = {{QString(200, u'é'), 186},
-                                                 {QStringLiteral("a") + QString(100, u'€'), 184},
-                                                 {QStringLiteral("ab") + QStringLiteral("🙂").repeated(60), 186},
-                                                 {QString(187, u'x'), 186}};
-        for (const auto& [text, keptBytes] : cases) {
+        const std::pair<QString, int> cuts[] = {{QString(200, u'é'), 186},
+                                                {"a" + QString(100, u'€'), 184},
+                                                {"ab" + u"🙂"_s.repeated(60), 186},
+                                                {QString(187, u'x'), 186}};
+        for (const auto& [text, keptBytes] : cuts) {
             QVERIFY(!fitsTimesheetField(text));
-            Timesheet sheet;
-            sheet.AddRow(makeRow({"d"}, {}, text));
+            Timesheet one;
+            one.AddRow(makeRow({"d"}, {}, text));
             int cut = 0;
-            const ReadResult read = decodeTimesheet(encodeTimesheet(sheet, &cut));
+            const ReadResult read = decodeTimesheet(encodeTimesheet(one, &cut));
             QVERIFY(cut == 1 && read.complete);
             const QString note = read.sheet.rows.at(0).note;
             QCOMPARE(note.toUtf8().size(), keptBytes);
@@ -195,9 +187,8 @@ private slots:
             for (int i = 0; i < 4; ++i)
                 bytes[i] = char(quint32(count) >> (24 - 8 * i));
             const ReadResult read = decodeTimesheet(bytes);
-            QCOMPARE(read.complete, count < 0);
-            QCOMPARE(read.sheet.rows, few.rows);
-            QCOMPARE(read.sheet.starthrs + read.sheet.startmin, QStringLiteral("0941"));
+            QVERIFY(read.complete == (count < 0) && read.sheet.rows == few.rows);
+            QCOMPARE(read.sheet.starthrs + read.sheet.startmin, u"0941"_s);
         }
         QRandomGenerator random(20261122);
         for (int round = 0; round < 2000; ++round) {
@@ -209,46 +200,36 @@ private slots:
     }
 
     // The settings read back over defaults that differ, so that a field the reader skips cannot pass; the
-    // reserved fields keep every later one in its place.
+    // reserved fields keep every later one in its place. Booleans, and "xls", are only a stored 1.
     void prefsLayout()
     {
         AppPrefs other = changedPrefs();
-        other.fontsize = 99;
-        other.usrname = QStringLiteral("someone else");
+        std::tie(other.fontsize, other.usrname) = std::tuple(99, u"someone else"_s);
         for (const AppPrefs& prefs : {AppPrefs(), changedPrefs()}) {
             int fields = 0;
             QCOMPARE(decodePrefs(encodePrefs(prefs), prefs == AppPrefs() ? other : AppPrefs(), &fields), prefs);
             QCOMPARE(fields, kPrefsFieldCount);
         }
         AppPrefs prefs;
-        prefs.howmanyscreens = 7;
-        prefs.xprtEncoding = 3;
+        std::tie(prefs.howmanyscreens, prefs.xprtEncoding) = std::tuple(7, 3);
         const QByteArray bytes = encodePrefs(prefs);
         QCOMPARE(bytes.size(), offsetOf(44));
         QCOMPARE(bytes.mid(offsetOf(2), 8), QByteArray("\x07Verdana"));
-        QCOMPARE(i16At(bytes, offsetOf(27)), 501); // statusleft, after reserved field 19
-        QCOMPARE(i16At(bytes, offsetOf(29)), 7);   // howmanyscreens, after reserved field 28
-        QCOMPARE(i16At(bytes, offsetOf(34)), 400); // winheight
-        QCOMPARE(i16At(bytes, offsetOf(40)), 1);   // exportFormat "xls"
-        QCOMPARE(i16At(bytes, offsetOf(42)), 3);   // xprtEncoding
-        QCOMPARE(i16At(bytes, offsetOf(43)), 0);   // reserved, the last field
-    }
+        // statusleft after reserved field 19, howmanyscreens after 28, winheight, "xls", xprtEncoding, reserved
+        const int fields[][2] = {{27, 501}, {29, 7}, {34, 400}, {40, 1}, {42, 3}, {43, 0}};
+        for (const auto& [field, value] : fields)
+            QCOMPARE(i16At(bytes, offsetOf(field)), value);
 
-    // Booleans are true only when stored as 1, and the export format is "xls" only then; both are written
-    // back as 1 or 0.
-    void prefsStoredFlags()
-    {
         for (const int stored : {1, 0, 2, -1, 257}) {
-            QByteArray bytes = encodePrefs(AppPrefs());
+            QByteArray flags = encodePrefs(AppPrefs());
             for (const int field : {3, 22, 40}) { // dateon (default true), autopen (default false), exportFormat
-                bytes[offsetOf(field)] = char(quint16(stored) >> 8);
-                bytes[offsetOf(field) + 1] = char(stored & 0xff);
+                flags[offsetOf(field)] = char(quint16(stored) >> 8);
+                flags[offsetOf(field) + 1] = char(stored & 0xff);
             }
-            const AppPrefs read = decodePrefs(bytes, AppPrefs());
-            QCOMPARE(read.dateon, stored == 1);
-            QCOMPARE(read.autopen, stored == 1);
-            QCOMPARE(read.exportFormat, stored == 1 ? QStringLiteral("xls") : QStringLiteral("txt"));
-            const QByteArray rewritten = encodePrefs(read);
+            const AppPrefs read = decodePrefs(flags, AppPrefs());
+            QVERIFY(read.dateon == (stored == 1) && read.autopen == (stored == 1));
+            QCOMPARE(read.exportFormat, stored == 1 ? u"xls"_s : u"txt"_s);
+            const QByteArray rewritten = encodePrefs(read); // written back as 1 or 0
             QCOMPARE(i16At(rewritten, offsetOf(3)) + i16At(rewritten, offsetOf(40)), stored == 1 ? 2 : 0);
         }
     }
@@ -258,17 +239,13 @@ private slots:
     void prefsTexts()
     {
         AppPrefs prefs;
-        prefs.usrname = QStringLiteral("Zoë Ж");
+        prefs.usrname = u"Zoë Ж"_s;
         QByteArray bytes = encodePrefs(prefs);
         QCOMPARE(bytes.mid(offsetOf(5, {7, 19, 0, 0, 0, 0}), 6), QByteArray("\x05Zo\x91 ?"));
-        QCOMPARE(decodePrefs(bytes, AppPrefs()).usrname, QStringLiteral("Zoë ?"));
-
-        prefs.lastdoc = QStringLiteral("/home/") + QString(300, u'x') + QStringLiteral(".vlk");
-        prefs.autopen = true;
-        prefs.statustrans = 55;
+        QCOMPARE(decodePrefs(bytes, AppPrefs()).usrname, u"Zoë ?"_s);
+        std::tie(prefs.lastdoc, prefs.autopen, prefs.statustrans) = std::tuple("/" + QString(300, u'x'), true, 55);
         const AppPrefs read = decodePrefs(encodePrefs(prefs), AppPrefs());
-        QVERIFY(read.lastdoc.isEmpty() && read.autopen);
-        QCOMPARE(read.statustrans, 55);
+        QVERIFY(read.lastdoc.isEmpty() && read.autopen && read.statustrans == 55);
 
         const AppPrefs changed = changedPrefs();
         bytes = encodePrefs(changed);
@@ -285,119 +262,92 @@ private slots:
         QCOMPARE(lastFields, kPrefsFieldCount);
     }
 
-    // The lists read back as written; the first bytes show the count and the first text. The preset export
-    // reads back as an import.
-    void listRoundTrips()
+    // The lists read back as written, the first bytes showing the count and the first text; the preset
+    // export reads back as an import. At most 127 operations; long texts cut at a character boundary; the
+    // older preset file has four fields a job.
+    void lists()
     {
         const OperationList ops = {{"Design", ""}, {"Überprüfung", "R&D – review"}, {"", "only a description"}};
         QByteArray bytes = encodeOperations(ops);
         QCOMPARE(bytes.left(9), QByteArray::fromHex("03 06 44657369676e 00")); // count, "Design", no description
         bool complete = false;
-        QCOMPARE(decodeOperations(bytes, &complete), ops);
-        QVERIFY(complete);
-
+        QVERIFY(decodeOperations(bytes, &complete) == ops && complete);
         const PresetJobList jobs = {preset("A100", "Ärger & Co", "40", "12", "35"), preset("B:7", "", "00", "00")};
         bytes = encodePresetJobs(jobs);
         QCOMPARE(bytes.left(9), QByteArray::fromHex("00000002 04 41313030")); // count, "A100"
-        complete = false;
-        QCOMPARE(decodePresetJobs(bytes, &complete), jobs);
-        QVERIFY(complete);
+        QVERIFY(decodePresetJobs(bytes, &complete) == jobs && complete);
         QCOMPARE(encodePresetJobs({}), QByteArray("\0\0\0\0", 4));
-        const PresetJobList exported = {preset("A1", "Café", "10", "02"), preset("B2", "", "00", "00")};
-        QCOMPARE(parsePresetImport(formatPresetExport(exported)).jobs, exported);
-
+        QCOMPARE(parsePresetImport(formatPresetExport(jobs)).jobs,
+                 (PresetJobList{preset("A100", "Ärger & Co", "40", "12"), jobs[1]}));
         const QStringList names = {"Acme", "Bäckerei Groß", ""};
         bytes = encodeClientList(names);
         QCOMPARE(bytes.left(7), QByteArray::fromHex("0003 04 41636d65")); // count, "Acme"
         QCOMPARE(decodeClientList(bytes), names);
         QCOMPARE(encodeClientList({}), QByteArray("\0\0", 2));
-    }
 
-    // The operations hold at most 127; long texts are cut at a character boundary; the older preset file
-    // has four fields a job.
-    void listLimits()
-    {
         OperationList many;
         for (int i = 0; i < 130; ++i)
-            many.append({QStringLiteral("op%1").arg(i), QString()});
-        QByteArray bytes = encodeOperations(many);
+            many.append({u"op%1"_s.arg(i), QString()});
+        bytes = encodeOperations(many);
         QCOMPARE(quint8(bytes[0]), quint8(kMaxOperations));
-        QCOMPARE(decodeOperations(bytes).size(), kMaxOperations);
-        QCOMPARE(decodeOperations(bytes).last().name, QStringLiteral("op126"));
-
-        const QString longText = QStringLiteral("a") + QString(100, u'€'); // 301 bytes; 85 characters are 253
+        QCOMPARE(decodeOperations(bytes).last().name, u"op126"_s);
+        const QString longText = "a" + QString(100, u'€'); // 301 bytes; 85 characters are 253
         int cut = 0;
-        const OperationList ops = decodeOperations(encodeOperations({{longText, QStringLiteral("d")}}, &cut));
+        QCOMPARE(decodeOperations(encodeOperations({{longText, "d"}}, &cut)).at(0),
+                 (Operation{longText.left(85), "d"}));
         QCOMPARE(cut, 1);
-        QCOMPARE(ops.at(0), (Operation{longText.left(85), QStringLiteral("d")}));
         QCOMPARE(decodeClientList(encodeClientList({longText, "B"})), QStringList({longText.left(85), "B"}));
-        const PresetJobList jobs = decodePresetJobs(encodePresetJobs({preset("J", longText)}, &cut));
+        QCOMPARE(decodePresetJobs(encodePresetJobs({preset("J", longText)}, &cut)).at(0).project, longText.left(85));
         QCOMPARE(cut, 1);
-        QCOMPARE(jobs.at(0).project, longText.left(85));
-
         // "J1" "P" "10" "03", then "J2" "" "05" "00"
         bytes = QByteArray::fromHex("00000002 024a31 0150 023130 023033 024a32 00 023035 023030");
-        bool complete = false;
         QCOMPARE(decodeOldPresetJobs(bytes, &complete),
                  (PresetJobList{preset("J1", "P", "10", "03"), preset("J2", "", "05", "00")}));
         QVERIFY(complete);
     }
 
-    // A preset import: one job a line in any line end, tab-separated fields in cell order, a wider line
-    // widening the list.
-    void presetImport_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<QStringList>("lastRow"); // cells 0 to 4, then the extra cells
-        // clang-format off
-        QTest::newRow("LF") << QByteArray("A1\tProj\t10\t02\nB2\tOther\t05\t00\n") << 2 << QStringList{"B2", "Other", "05", "00", ""};
-        QTest::newRow("CR LF, no end") << QByteArray("A1\tP\r\nB2\tQ") << 2 << QStringList{"B2", "Q", "", "", ""};
-        QTest::newRow("old CR") << QByteArray("A1\r\rB2\tQ\r") << 2 << QStringList{"B2", "Q", "", "", ""};
-        QTest::newRow("one field") << QByteArray("\xef\xbb\xbfZ9\n") << 1 << QStringList{"Z9", "", "", "", ""};
-        QTest::newRow("wider than the list") << QByteArray("A\tB\tC\tD\tE\tF\tG\n") << 1 << QStringList{"A", "B", "C", "D", "E", "F", "G"};
-        QTest::newRow("empty fields kept") << QByteArray("\tP\t\t07") << 1 << QStringList{"", "P", "", "07", ""};
-        QTest::newRow("UTF-8") << QByteArray("J\xc3\xa9\tCaf\xc3\xa9") << 1 << QStringList{"Jé", "Café", "", "", ""};
-        // clang-format on
-    }
+    // A preset import: one job a line in any line end, tab-separated fields in cell order (the last row's
+    // cells 0 to 4, then the extra cells), a wider line widening the list.
     void presetImport()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QStringList, lastRow);
-        const PresetImport import = parsePresetImport(text);
-        QTEST(int(import.jobs.size()), "rows");
-        QCOMPARE(import.columnCount, qMax(5, int(lastRow.size())));
-        const PresetJob& job = import.jobs.last();
-        QCOMPARE((QStringList{job.job, job.project, job.budget, job.closed, job.active} + job.extra), lastRow);
+        const std::tuple<QByteArray, int, QStringList> cases[] = {
+            {"A1\tProj\t10\t02\nB2\tOther\t05\t00\n", 2, {"B2", "Other", "05", "00", ""}},
+            {"A1\tP\r\nB2\tQ", 2, {"B2", "Q", "", "", ""}},  // CR LF, no line end at the end
+            {"A1\r\rB2\tQ\r", 2, {"B2", "Q", "", "", ""}},   // old CR, an empty line
+            {"\xef\xbb\xbfZ9\n", 1, {"Z9", "", "", "", ""}}, // a byte order mark
+            {"A\tB\tC\tD\tE\tF\tG\n", 1, {"A", "B", "C", "D", "E", "F", "G"}},
+            {"\tP\t\t07", 1, {"", "P", "", "07", ""}},
+            {"J\xc3\xa9\tCaf\xc3\xa9", 1, {"Jé", "Café", "", "", ""}}};
+        for (const auto& [text, rows, lastRow] : cases) {
+            const PresetImport import = parsePresetImport(text);
+            QVERIFY(import.jobs.size() == rows && import.columnCount == qMax(5, int(lastRow.size())));
+            const PresetJob& job = import.jobs.last();
+            QCOMPARE((QStringList{job.job, job.project, job.budget, job.closed, job.active} + job.extra), lastRow);
+        }
     }
 
     // Every list reader, given a cut or lying file, returns what it could read and no more.
     void damagedLists()
     {
-        const struct
-        {
-            char kind;
-            const char* hex;
-            int items;
-            bool complete;
-        } cases[] = {{'o', "05 01 41 00 01 42", 1, false},
-                     {'o', "80 01 41 00", 0, true},
-                     {'o', "", 0, false},
-                     {'p', "7fffffff 01 41 00000000", 1, false},
-                     {'p', "ffffffff 01 41", 0, true},
-                     {'p', "00000001 ff 41", 0, false},
-                     {'5', "00000002 000000000000", 1, false},
-                     {'c', "7fff 01 41 01 42", 2, true},
-                     {'c', "8000 01 41", 0, true},
-                     {'c', "01", 0, true}};
-        for (const auto& c : cases) {
-            const QByteArray bytes = QByteArray::fromHex(c.hex);
+        const std::tuple<char, const char*, int, bool> cases[] = {
+            {'o', "05 01 41 00 01 42", 1, false},
+            {'o', "80 01 41 00", 0, true},
+            {'o', "", 0, false},
+            {'p', "7fffffff 01 41 00000000", 1, false},
+            {'p', "ffffffff 01 41", 0, true},
+            {'p', "00000001 ff 41", 0, false},
+            {'5', "00000002 000000000000", 1, false},
+            {'c', "7fff 01 41 01 42", 2, true},
+            {'c', "8000 01 41", 0, true},
+            {'c', "01", 0, true}}; // operations, presets, old, clients
+        for (const auto& [kind, hex, items, whole] : cases) {
+            const QByteArray bytes = QByteArray::fromHex(hex);
             bool complete = true;
-            const qsizetype read = c.kind == 'o'   ? decodeOperations(bytes, &complete).size()
-                                   : c.kind == 'p' ? decodePresetJobs(bytes, &complete).size()
-                                   : c.kind == '5' ? decodeOldPresetJobs(bytes, &complete).size()
-                                                   : decodeClientList(bytes).size();
-            QVERIFY2(read == c.items && complete == c.complete, c.hex);
+            const qsizetype read = kind == 'o'   ? decodeOperations(bytes, &complete).size()
+                                   : kind == 'p' ? decodePresetJobs(bytes, &complete).size()
+                                   : kind == '5' ? decodeOldPresetJobs(bytes, &complete).size()
+                                                 : decodeClientList(bytes).size();
+            QVERIFY2(read == items && complete == whole, hex);
         }
     }
 };

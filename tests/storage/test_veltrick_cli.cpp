@@ -10,12 +10,14 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class TestVeltrickCli : public QObject
 {
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    QString m_file = m_dir.filePath(QStringLiteral("week.vlk"));
+    QString m_file = m_dir.filePath(u"week.vlk"_s);
     int m_exitCode = -1;
     QByteArray m_out, m_err;
 
@@ -53,16 +55,14 @@ private slots:
                 "{\"date\": \"1/1/99\", \"job\": \"B\", \"hours\": \"00\", \"minutes\": \"45\", \"run\": \"\"}]}")
                 .arg(core::shortDate(QDate::currentDate()))
                 .toUtf8();
-        run({QStringLiteral("write"), QStringLiteral("@")}, input);
-        QCOMPARE(m_exitCode, 0);
+        run({u"write"_s, u"@"_s}, input);
         QFile file(m_file);
-        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(m_exitCode == 0 && file.open(QIODevice::ReadOnly));
         const QByteArray written = file.readAll();
-
-        run({QStringLiteral("dump"), QStringLiteral("@")}, {}, written);
+        run({u"dump"_s, u"@"_s}, {}, written);
         QCOMPARE(m_exitCode, 0);
         QJsonObject expected = QJsonDocument::fromJson(input).object();
-        QJsonArray rows = expected.value(QStringLiteral("rows")).toArray();
+        QJsonArray rows = expected.value(u"rows"_s).toArray();
         for (auto row : rows) {
             QJsonObject object = row.toObject();
             for (const char* key : {"project", "operation", "client", "note", "user", "budget"})
@@ -70,10 +70,10 @@ private slots:
                     object.insert(QLatin1String(key), QString());
             row = object;
         }
-        expected.insert(QStringLiteral("rows"), rows);
+        expected.insert(u"rows"_s, rows);
         QCOMPARE(QJsonDocument::fromJson(m_out).object(), expected);
 
-        run({QStringLiteral("totals"), QStringLiteral("@")}, {}, written);
+        run({u"totals"_s, u"@"_s}, {}, written);
         QCOMPARE(m_exitCode, 0);
         for (const char* line : {"List total: 127:22", "): 126:37\n", "\nA1\t126:37\n", "\nB\t00:45\n"})
             QVERIFY2(m_out.contains(line), m_out.constData());
@@ -81,46 +81,33 @@ private slots:
 
     // The exit codes, with a message on stderr for every failure; a write that fails leaves the file as it
     // was, and a damaged file still dumps the rows that could be read.
-    void exitCodes_data()
+    void exitCodes()
     {
-        QTest::addColumn<QStringList>("args");
-        QTest::addColumn<QByteArray>("fileBytes");
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<int>("exitCode");
         const QByteArray whole = storage::encodeTimesheet(core::Timesheet());
         core::Timesheet three;
         three.rows.resize(3);
-        three.rows[2].setCell(core::CellJob, QStringLiteral("J2"));
-        const QByteArray cut = storage::encodeTimesheet(three).chopped(3);
-        // clang-format off
-        QTest::newRow("help") << QStringList{"--help"} << QByteArray() << QByteArray() << 0;
-        QTest::newRow("no arguments") << QStringList{} << QByteArray() << QByteArray() << 2;
-        QTest::newRow("unknown command") << QStringList{"print", "@"} << whole << QByteArray() << 2;
-        QTest::newRow("no file named") << QStringList{"dump"} << QByteArray() << QByteArray() << 2;
-        QTest::newRow("missing file") << QStringList{"totals", "@missing"} << QByteArray() << QByteArray() << 1;
-        QTest::newRow("damaged file") << QStringList{"dump", "@"} << cut << QByteArray() << 1;
-        QTest::newRow("damaged totals") << QStringList{"totals", "@"} << QByteArray("\0\0", 2) << QByteArray() << 1;
-        QTest::newRow("not JSON") << QStringList{"write", "@"} << whole << QByteArray("{rows") << 1;
-        QTest::newRow("number for a text") << QStringList{"write", "@"} << whole << QByteArray("{\"rows\": [{\"hours\": 5}]}") << 1;
-        QTest::newRow("empty list") << QStringList{"write", "@"} << whole << QByteArray("{}") << 0;
-        // clang-format on
-    }
-    void exitCodes()
-    {
-        QFETCH(QStringList, args);
-        QFETCH(QByteArray, fileBytes);
-        QFETCH(QByteArray, input);
-        run(args, input, fileBytes);
-        QTEST(m_exitCode, "exitCode");
-        QCOMPARE(m_err.isEmpty(), m_exitCode == 0);
-        QFile file(m_file);
-        if (m_exitCode != 0 && args.value(0) == QLatin1String("write"))
-            QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == fileBytes);
-        if (QTest::currentDataTag() == QByteArray("damaged file")) {
-            const QJsonArray rows = QJsonDocument::fromJson(m_out).object().value(QStringLiteral("rows")).toArray();
-            QCOMPARE(rows.size(), 3);
-            QCOMPARE(rows[2].toObject().value(QStringLiteral("job")).toString(), QStringLiteral("J2"));
+        three.rows[2].setCell(core::CellJob, u"J2"_s);
+        const std::tuple<QStringList, QByteArray, QByteArray, int> cases[] = {
+            {{"--help"}, {}, {}, 0},
+            {{}, {}, {}, 2},
+            {{"print", "@"}, whole, {}, 2},
+            {{"dump"}, {}, {}, 2},
+            {{"totals", "@missing"}, {}, {}, 1},
+            {{"dump", "@"}, storage::encodeTimesheet(three).chopped(3), {}, 1}, // damaged
+            {{"totals", "@"}, QByteArray("\0\0", 2), {}, 1},
+            {{"write", "@"}, whole, "{rows", 1},
+            {{"write", "@"}, whole, "{\"rows\": [{\"hours\": 5}]}", 1}, // a number for a text
+            {{"write", "@"}, whole, "{}", 0}};
+        for (const auto& [args, fileBytes, input, exitCode] : cases) {
+            run(args, input, fileBytes);
+            QVERIFY2(m_exitCode == exitCode && m_err.isEmpty() == (exitCode == 0), qPrintable(args.join(' ')));
+            QFile file(m_file);
+            if (exitCode != 0 && args.value(0) == u"write"_s)
+                QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == fileBytes);
         }
+        run({u"dump"_s, u"@"_s}, {}, storage::encodeTimesheet(three).chopped(3));
+        const QJsonArray read = QJsonDocument::fromJson(m_out).object().value(u"rows"_s).toArray();
+        QVERIFY(read.size() == 3 && read[2].toObject().value(u"job"_s).toString() == u"J2"_s);
     }
 };
 
