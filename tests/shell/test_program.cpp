@@ -90,6 +90,19 @@ private slots:
         QVERIFY(dialogs.scriptDone());
     }
 
+    // Start on the running row measures before it restarts the count: the minute crossed is not lost.
+    void startOnTheRunningRowLosesNoMinute()
+    {
+        rig->clock.set(2026, 11, 22, 10, 0, 50);
+        openTwo(1);
+        rig->program->command(Item::statusStart);
+        rig->clock.set(2026, 11, 22, 10, 1, 10);
+        rig->program->command(Item::statusStart);
+        rig->clock.set(2026, 11, 22, 10, 2, 0);
+        rig->program->command(Item::statusStop);
+        QCOMPARE(w().ListBox1.row(1).minutes(), qint64(2));
+    }
+
     // The application's procedure, then the window's, in the state the row names (Net Link on where it says
     // so, and while timing). Print stays on while a job runs; export needs a file and a stopped job.
     void enableProcedures_data()
