@@ -9,7 +9,16 @@
 #include <cstdlib>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+// The program's fsync calls, counted on their way to the system.
+static int fsyncs = 0;
+extern "C" int fsync(int fd)
+{
+    ++fsyncs;
+    return int(::syscall(SYS_fsync, fd));
+}
 
 namespace
 {
@@ -40,11 +49,14 @@ class TestFileStore : public QObject
 private slots:
     void init() { folder = std::make_unique<QTemporaryDir>(); }
 
-    // The new file keeps the old one's mode and group. A read-only file is refused, for the administrator
-    // too, and so is a folder in the file's place, leaving nothing behind; many writes leave one file.
+    // The new file and its folder reach the disk, and it keeps the old one's mode and group. A read-only file
+    // is refused, for the administrator too, and so is a folder in the file's place, leaving nothing behind;
+    // many writes leave one file.
     void replacing()
     {
+        fsyncs = 0;
         QVERIFY(store.write(at("shared.vlk"), "old").ok());
+        QCOMPARE(fsyncs, 2);
         QVERIFY(::chmod(native("shared.vlk").constData(), 0640) == 0);
         const gid_t group = ::getegid() == 0 ? 100 : ::getegid(); // "users" where the tests may change it
         QVERIFY(::chown(native("shared.vlk").constData(), static_cast<uid_t>(-1), group) == 0);
