@@ -1,5 +1,4 @@
-// The program's start, screens and quit, its timesheet window (timing, rollover, totals, close) and the
-// document behind it, over files in memory, a fake clock and scripted answers.
+// The program, its timesheet window and the document behind it, over files in memory and a fake clock.
 #include "core/app.h"
 #include "core/timetext.h"
 #include "storage/document.h"
@@ -106,7 +105,6 @@ private slots:
         qputenv("TZ", "Europe/London"); // a zone with summer time, so that the clock's changes can be crossed
         tzset();
     }
-
     void init()
     {
         desktop = testing::FakeDesktop();
@@ -119,17 +117,13 @@ private slots:
         hooks.document = doc.get();
         w = &app->mainwndo();
     }
-
     void cleanup()
     {
         QVERIFY2(dialogs.errors.isEmpty(), qPrintable(dialogs.errors.join('\n')));
         QVERIFY(dialogs.scriptDone());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // a closed window
     }
-
-    // A row continued and stopped adds the clock minutes crossed, whatever the days between; a start read
-    // from the row's file is taken at the offset of its day. A tick held behind the stop, and a Continue at
-    // once stopped, add nothing.
+    // Start/stop adds the clock minutes crossed over any days; a tick behind the stop or Continue+Stop adds none.
     void measurement_data()
     {
         QTest::addColumn<QDateTime>("start");
@@ -194,9 +188,7 @@ private slots:
             QTEST(time(row), "expected");
         }
     }
-
-    // A running job crossing midnight, the question answered OK, Cancel, or turned off: yesterday's row is
-    // charged to the tick and stopped; OK makes today's row (no note, no time yet) and goes on there.
+    // Midnight while running: yesterday's row charged and stopped; OK goes on in a new row for today.
     void midnightRollover_data()
     {
         QTest::addColumn<bool>("ask");
@@ -220,7 +212,6 @@ private slots:
         clock.set(2026, 11, 22, 0, 5);
         if (ask) {
             dialogs.expectModal(u"dupitwndo"_s, [&](platform::ModalForm& form) {
-                // No start, stop or tick while the question is open.
                 QVERIFY(!w->runButton.enabled && timer3().mode() == platform::Timer::Off);
                 if (tickDontShow)
                     dupit(form).dontshow_Action(true);
@@ -241,9 +232,7 @@ private slots:
         timer3().fire();
         QCOMPARE(time(w->ListBox1.row(0)), copied ? u"00:04"_s : u"02:15"_s);
     }
-
-    // Continuing a row of an earlier day asks (Cancel changes nothing); a first start moves the row to
-    // today and runs it, and while it runs its row stays selected.
+    // Continuing an old row asks (Cancel: no change); a first start moves it to today, held selected.
     void staleRowStart()
     {
         clock.set(2026, 11, 22, 14, 0);
@@ -262,10 +251,7 @@ private slots:
         QCOMPARE(w->indecator, Mainwndo::kIndecatorRunning);
         QVERIFY(!w->setListIndex(0) && w->ListBox1.ListIndex == 1);
     }
-
-    // The label's list total, today's total and count; the job's and the day's totals (job numbers compare
-    // ignoring case), past 99 hours and past 2^31 minutes. With no row selected Today is 00:00, and the run
-    // button, the note and space are off.
+    // List, today's, job's (any case) and day's totals past 2^31 minutes; no selection turns run and note off.
     void totals()
     {
         const QDate today = clock.now().date();
@@ -285,7 +271,6 @@ private slots:
         open({big, big});
         QCOMPARE(w->runtotal, u"List Totals - Time: 60000001:00, Today: 60000001:00, Entries: 02"_s);
     }
-
     // A failed write keeps the rows and the dirty mark, tells the user, and the next tick tries again.
     void failedSaveKeepsTiming()
     {
@@ -304,9 +289,7 @@ private slots:
         timers.made[0]->fire(); // Timer2 clears the status line
         QVERIFY(w->datastream.isEmpty());
     }
-
-    // Quit saves the settings and asks about unsaved changes. A save that did not happen (no file to write,
-    // the disk refused) or a Cancel keeps the window and the program; the last settings have its place.
+    // Quit asks to save; a save that did not happen or Cancel keeps the window; settings keep its place.
     void quitAsksToSave_data()
     {
         QTest::addColumn<int>("answer");
@@ -346,9 +329,7 @@ private slots:
         QCOMPARE(QPoint(hooks.saved.last().winwidth, hooks.saved.last().wintop),
                  quits ? QPoint(700, 60) : QPoint(501, 50));
     }
-
-    // The start reads the settings over the defaults, keeps the mouse's place, opens the recent timesheet or
-    // tells that it is gone (its path stays in the settings), and welcomes a first run.
+    // The start reads the settings, opens the recent timesheet or tells it is gone, and welcomes a first run.
     void start_data()
     {
         QTest::addColumn<bool>("exists");
@@ -384,7 +365,6 @@ private slots:
                              path;
         QCOMPARE(dialogs.messages, !exists && !firstRun ? QStringList{gone} : QStringList());
     }
-
     // A window position is on a screen when it lies inside its area, edges included.
     void restoreWindowSize()
     {
@@ -402,7 +382,6 @@ private slots:
             QCOMPARE(w->geometry, screen < 0 ? QRect() : QRect(topLeft, QSize(600, 420)));
         }
     }
-
     // An unexpected error is told, with the address to report it to or, without one, the version.
     void errorsAreReportedNotFatal()
     {
@@ -411,10 +390,7 @@ private slots:
         QVERIFY(App::unhandledText(2, QString()).endsWith(u"please report it. (Veltrick v.8.0)"_s));
         QVERIFY(App::unhandledText(2, u"a@b.org"_s).endsWith(u"please report it by sending an email to: a@b.org"_s));
     }
-
-    // A timer left running when the program ended: the closed time is charged and the job runs on from the
-    // minute the charge reached, even when saving the charge takes the clock past a minute; on a later day
-    // the rollover takes over. With no start time to count from, the row is stopped as it stands.
+    // A timer left running at exit: the closed time charged, timing goes on; no start time: stopped as it is.
     void leftOverTimer_data()
     {
         QTest::addColumn<QString>("start");
@@ -448,14 +424,11 @@ private slots:
                                                "1. The time elapsed while Veltrick was closed will be added to this "
                                                "jobs total."_s});
         QCOMPARE(w->ListBox1.selected().cell(CellDate), shortDate(now.date()));
-        // The charge and the running row both reached the file.
         const Timesheet disk = onDisk();
         QVERIFY(disk.ListCount() == w->ListBox1.ListCount() && time(disk.row(nextDay ? 1 : 0)) == time(charged));
         QCOMPARE(disk.starthrs + ':' + disk.startmin, now.toString(u"HH:mm"_s));
     }
-
-    // Of two rows left running only the last is charged and goes on, selected; the other is stopped, so
-    // that selecting it later cannot put the window into a running state without a timer.
+    // Of two rows left running only the last is charged and runs on; the other is stopped.
     void twoRunningRowsChargeTheLast()
     {
         clock.set(QDateTime(kDay, QTime(12, 0)));
@@ -469,10 +442,7 @@ private slots:
         w->Allstop();
         QVERIFY(w->setListIndex(0) && !w->running && w->runButton.caption == Tr::MWStartButtonSt);
     }
-
-    // A damaged file, opened or converted, gives the load's message and shows what could be read, a row
-    // left running stopped (its start time was cut off). The file is never written over, and the rows stay
-    // dirty until they are kept with Save As.
+    // A damaged file, opened or converted: message, what was read (stopped), never written over, kept dirty.
     void damagedFileKeepsWhatWasRead()
     {
         for (const bool convert : {false, true}) {
@@ -503,9 +473,7 @@ private slots:
             cleanup();
         }
     }
-
-    // Save As to a place that refuses the file leaves the document where it was; a place that takes it
-    // becomes the document's, with the suffix added.
+    // Save As refused leaves the document where it was; accepted, it moves there with the suffix added.
     void saveAsRefused()
     {
         open({makeRow(kDay, u"A"_s)});

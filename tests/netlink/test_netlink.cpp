@@ -51,8 +51,7 @@ public:
     int timer2Starts = 0;
 };
 
-// A browser; it may close its sending side alone, as command-line clients do. The system completes the
-// connection even while the server is busy with someone else.
+// A browser; it may close its sending side alone, as command-line clients do.
 struct Browser : QTcpSocket
 {
     explicit Browser(quint16 port)
@@ -101,10 +100,7 @@ private slots:
         QVERIFY(server->Listen().ok());
     }
     void cleanup() { server.reset(); }
-
-    // The page byte for byte: its fixed frame, with the mark of a stopped or a running job, and each shown
-    // cell of a row in column order, the hidden ones left out. A cell is ASCII, markup, or text the fast path
-    // must hand to the UTF-8 encoder wherever the first non-ASCII character falls.
+    // The page byte for byte, stopped and running; the shown cells in order, ASCII, markup or any UTF-8.
     void page_data()
     {
         QTest::addColumn<QString>("text"); // empty: no row
@@ -141,9 +137,7 @@ private slots:
         QCOMPARE(buildPage(sheet, false, style, ip), expected);
         QCOMPARE(buildPage(sheet, true, style, ip), expected.replace("runstop", "runstart"));
     }
-
-    // Rows are striped (e, o) with the selected one lit (h), in list order. Between rows the window runs: rows
-    // may go, come or be selected, and the page follows the list as it is at each row without reading past its end.
+    // Rows striped (e, o), the selected lit (h); rows changed between rows are followed, never read past the end.
     void stripesAndSelection_data()
     {
         QTest::addColumn<int>("rows");
@@ -189,9 +183,7 @@ private slots:
             QCOMPARE(jobs[r], QStringLiteral("J%1").arg(r));
         QVERIFY(page.endsWith("</table>\r\n</div></body>\r\n</html>"));
     }
-
-    // The sheet is looked for under share/ of the prefix whose bin/ holds the program, and read whole; the
-    // one the build ships styles every class of the page and cannot end the page's style element.
+    // The sheet is read whole from ../share/veltrick; the shipped one styles every class and closes nothing.
     void styleSheet()
     {
         QTemporaryDir prefix;
@@ -220,11 +212,7 @@ private slots:
         QVERIFY(loadStyleSheet(QCoreApplication::applicationDirPath(), text).ok());
         QCOMPARE(text, shipped);
     }
-
-    // The page of the list as it stands goes out once, after the packet that ends the request, whatever came
-    // before it. A browser may close its sending side right after its request and still gets the whole
-    // page, a long one too; closing before the end is leaving. One that never ends its request holds the
-    // server until its time is up. The next browser, waiting meanwhile, is served after.
+    // The page goes out once the request ends, even after a half-close; an unended one times out; the next waits.
     void serving_data()
     {
         QTest::addColumn<QList<QByteArray>>("packets");
@@ -291,7 +279,6 @@ private slots:
         QCOMPARE(next.got, expectedPage());
         QCOMPARE(host.timer2Starts, 2);
     }
-
     // A browser that leaves while a long page is being put together gets nothing; the next is served.
     void browserLeavesDuringThePage()
     {
@@ -309,9 +296,7 @@ private slots:
         QTRY_VERIFY(next.closed());
         QCOMPARE(next.got, expectedPage());
     }
-
-    // A port taken by another program is reported and left alone until the next Listen. Close drops the
-    // client being served, unanswered, and stops listening.
+    // A port in use is reported until the next Listen; Close drops the client unanswered and stops listening.
     void listenAndClose()
     {
         QTcpServer other;

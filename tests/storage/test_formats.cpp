@@ -111,9 +111,7 @@ private slots:
         QVERIFY(swapped.complete);
         QCOMPARE(swapped.sheet, sheet);
     }
-
-    // The bytes, field by field; base64 lines of 76 characters with CR LF between them; a text too long
-    // for its field cut at a character boundary, and the cut counted.
+    // The bytes field by field; base64 lines of 76 with CR LF; a long text cut at a character, the cut counted.
     void timesheetBytes()
     {
         QCOMPARE(encodeTimesheet(Timesheet()), QByteArray("\0\0\0\0\0\0", 6));
@@ -151,7 +149,6 @@ private slots:
             QVERIFY(text.startsWith(note) && !note.contains(QChar::ReplacementCharacter));
         }
     }
-
     // A damaged timesheet gives the rows read before the damage and never more than its bytes can hold.
     void damagedTimesheets()
     {
@@ -179,8 +176,7 @@ private slots:
             QVERIFY(!read.complete && !read.error.isEmpty());
             QVERIFY(read.sheet.ListCount() <= maxRows && read.sheet.rows.capacity() <= 16);
         }
-        // A negative count is a list without rows; a larger one keeps the rows there are and takes the last
-        // two strings as the start time, not as a row.
+        // A negative count: no rows; a larger one keeps the rows there are, the last two strings the start time.
         for (const auto& [count, rows] : {std::pair{-2, 0}, std::pair{5, 2}}) {
             const Timesheet few = sampleSheet(rows);
             bytes = encodeTimesheet(few);
@@ -198,9 +194,7 @@ private slots:
             QVERIFY(decodeTimesheet(noise).sheet.ListCount() <= noise.size() / kFieldsPerRow + 1);
         }
     }
-
-    // The settings read back over defaults that differ, so that a field the reader skips cannot pass; the
-    // reserved fields keep every later one in its place. Booleans, and "xls", are only a stored 1.
+    // Settings read back over differing defaults; reserved fields hold places; booleans and "xls" are only 1.
     void prefsLayout()
     {
         AppPrefs other = changedPrefs();
@@ -233,9 +227,7 @@ private slots:
             QCOMPARE(i16At(rewritten, offsetOf(3)) + i16At(rewritten, offsetOf(40)), stored == 1 ? 2 : 0);
         }
     }
-
-    // The user's name is MacRoman; a text too long for its length byte is stored empty, the fields after it
-    // in place; a short file keeps the defaults of the fields it lacks and takes no text in part.
+    // The name is MacRoman; a too long text is stored empty; a short file keeps defaults, no text in part.
     void prefsTexts()
     {
         AppPrefs prefs;
@@ -261,10 +253,7 @@ private slots:
         }
         QCOMPARE(lastFields, kPrefsFieldCount);
     }
-
-    // The lists read back as written, the first bytes showing the count and the first text; the preset
-    // export reads back as an import. At most 127 operations; long texts cut at a character boundary; the
-    // older preset file has four fields a job.
+    // The lists round-trip (count and first text checked); at most 127 operations; long texts cut; old presets.
     void lists()
     {
         const OperationList ops = {{"Design", ""}, {"Überprüfung", "R&D – review"}, {"", "only a description"}};
@@ -305,9 +294,7 @@ private slots:
                  (PresetJobList{preset("J1", "P", "10", "03"), preset("J2", "", "05", "00")}));
         QVERIFY(complete);
     }
-
-    // A preset import: one job a line in any line end, tab-separated fields in cell order (the last row's
-    // cells 0 to 4, then the extra cells), a wider line widening the list.
+    // A preset import: a job a line in any line end, tab-separated cells; a wider line widens the list.
     void presetImport()
     {
         const std::tuple<QByteArray, int, QStringList> cases[] = {
@@ -325,7 +312,6 @@ private slots:
             QCOMPARE((QStringList{job.job, job.project, job.budget, job.closed, job.active} + job.extra), lastRow);
         }
     }
-
     // Every list reader, given a cut or lying file, returns what it could read and no more.
     void damagedLists()
     {

@@ -1,6 +1,4 @@
-// The desktop's services the program listens to, each played by a small server: the idle watch's sources
-// (the session bus services of GNOME and of KDE, a Wayland compositor's idle notices) and the notice
-// service of the session bus.
+// The idle watch's sources (GNOME's and KDE's bus services, a Wayland compositor) and the bus's notices.
 #include "platform/qt/dbusnotifier.h"
 #include "platform/qt/desktopactivity.h"
 
@@ -20,8 +18,7 @@ using platform::qt::DesktopActivity;
 namespace
 {
 
-// A desktop's service on the session bus, on a connection and in a thread of its own, so that the
-// program's blocking calls to it are answered. `object` is set once it has its name, while it serves.
+// A bus service in a thread of its own, so the program's blocking calls are answered; `object` set while it serves.
 template <typename Service> class BusService : public QThread
 {
 public:
@@ -54,7 +51,6 @@ private:
 };
 
 QAtomicInteger<quint64> g_idleMs; // since the last input, as the two services below report it
-
 class MutterIdle : public QObject
 {
     Q_OBJECT
@@ -62,7 +58,6 @@ class MutterIdle : public QObject
 public slots:
     quint64 GetIdletime() { return g_idleMs.loadRelaxed(); }
 };
-
 class ScreenSaverIdle : public QObject
 {
     Q_OBJECT
@@ -76,14 +71,12 @@ class NoticeService : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
-
 public:
     QStringList log() const
     {
         QMutexLocker lock(&m_mutex);
         return m_log;
     }
-
 public slots:
     uint Notify(const QString& app, uint, const QString& icon, const QString& summary, const QString& body,
                 const QStringList& actions, const QVariantMap&, int timeout)
@@ -97,7 +90,6 @@ public slots:
         QMutexLocker lock(&m_mutex);
         m_log << QStringLiteral("closed %1").arg(id);
     }
-
 signals:
     void ActionInvoked(uint id, const QString& action);
 
@@ -127,7 +119,6 @@ public:
         m_notice = idled ? 1 : 2;
         QTRY_COMPARE(m_notice.load(), 0);
     }
-
     QByteArray socket;
     std::atomic<bool> ready = false;
     std::atomic<unsigned> askedTimeout = 0;
@@ -175,7 +166,6 @@ private:
         self->m_notifications.push_back(r);
         self->askedTimeout = timeout;
     }
-
     std::vector<wl_resource*> m_notifications;
     std::atomic<bool> m_stop = false;
     std::atomic<int> m_notice = 0; // 1 idled, 2 resumed
@@ -186,10 +176,8 @@ private:
 class TestDesktop : public QObject
 {
     Q_OBJECT
-
 private slots:
-    // Each bus source: nothing to tell before its service runs; then input when the idle time is shorter
-    // than the time since the last question (or since a restart), none when it is longer.
+    // Each bus source: Unknown before its service runs; input when idle is shorter than since the last ask.
     void busSources()
     {
         qint64 now = 0;
@@ -218,10 +206,7 @@ private slots:
         now += 30000;
         ask(Answer::NoInput);
     }
-
-    // The compositor's notices tell still after an idle one, at work after a resumed one, and nothing once
-    // it has gone; in a Wayland session the X server's counter, which misses the input to Wayland windows,
-    // is not asked.
+    // Still after an idle notice, at work after a resumed one, Unknown once gone; under Wayland X is not asked.
     void waylandNotices()
     {
         qint64 now = 0;
@@ -247,11 +232,7 @@ private slots:
         compositor.reset();
         QCOMPARE(probe.inputSinceLastCheck(), Answer::Unknown);
     }
-
-    // With no notice service a notice is not shown and says so by its key: the program falls back to its
-    // status line. With one, the notice carries the program's name and icon and offers the click; a click
-    // (the "default" action, of any notice: the program tells its own) is reported; a withdrawn notice is
-    // closed.
+    // No service: key 0 (the status line takes over); else name, icon, the click reported, withdraw closes.
     void notices()
     {
         platform::qt::DBusNotifier notifier;
