@@ -5,11 +5,9 @@
 #include "storage/timesheet_file.h"
 #include "support/fakes.h"
 #include "support/memorystore.h"
-
 #include <QLocale>
 #include <QTimeZone>
 #include <QtTest>
-
 #include <ctime>
 
 using namespace core;
@@ -17,10 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
 const QString kPath = u"/home/ann/Timesheets/week.vlk"_s;
 const QDate kDay(2026, 11, 20);
-
 // Answers for the settings and the files; the timesheet is written through the document.
 class Hooks : public AppHooks, public MainwndoHooks
 {
@@ -37,7 +33,6 @@ public:
         ++writes;
         return document->writeTimesheet(path, sheet);
     }
-
     storage::Document* document = nullptr;
     std::optional<AppPrefs> stored;
     QList<AppPrefs> saved;
@@ -45,26 +40,13 @@ public:
     bool haveOperations = true;
     int sesames = 0, firstRuns = 0, exits = 0, writes = 0;
 };
-
 JobRow makeRow(const QDate& date, const QString& job, const QString& hours = u"01"_s, const QString& minutes = u"00"_s,
                const QString& run = kRunStopped)
 {
     JobRow row;
     row.cells = {shortDate(date), job, "Project " + job, hours, minutes, u"Design"_s, u"Acme"_s};
-    row.user = u"Ann"_s;
-    row.note = u"keep me on the old day"_s;
-    row.run = run;
+    std::tie(row.user, row.note, row.run) = std::tuple(u"Ann"_s, u"keep me on the old day"_s, run);
     return row;
-}
-
-QString time(const JobRow& row)
-{
-    return row.cell(CellHours) + ':' + row.cell(CellMinutes);
-}
-
-Dupitwndo& dupit(platform::ModalForm& form)
-{
-    return static_cast<Dupitwndo&>(form);
 }
 
 } // namespace
@@ -72,7 +54,6 @@ Dupitwndo& dupit(platform::ModalForm& form)
 class TestCore : public QObject
 {
     Q_OBJECT
-
     testing::FakeClock clock;
     testing::FakeDesktop desktop;
     testing::ScriptedDialogs dialogs;
@@ -83,8 +64,9 @@ class TestCore : public QObject
     std::unique_ptr<App> app;
     std::unique_ptr<storage::Document> doc;
     Mainwndo* w = nullptr;
-
     testing::FakeTimer& timer3() { return *timers.made[1]; }
+    static QString time(const JobRow& row) { return row.cell(CellHours) + ':' + row.cell(CellMinutes); }
+    static Dupitwndo& dupit(platform::ModalForm& form) { return static_cast<Dupitwndo&>(form); }
     Timesheet onDisk(const QString& path = kPath) { return storage::decodeTimesheet(files.files.value(path)).sheet; }
     // Stores the rows with the start time and opens them as the document.
     void open(std::vector<JobRow> rows, const QString& start = {})
@@ -97,7 +79,6 @@ class TestCore : public QObject
         app->thisdoc = kPath;
         doc->sesame();
     }
-
 private slots:
     void initTestCase()
     {
@@ -128,22 +109,21 @@ private slots:
     {
         QTest::addColumn<QDateTime>("start");
         QTest::addColumn<QDateTime>("stop");
-        QTest::addColumn<QString>("hours");
-        QTest::addColumn<QString>("minutes");
+        QTest::addColumn<QString>("before"); // hours:minutes
         QTest::addColumn<bool>("fromFile");
         QTest::addColumn<QString>("expected");
         const QDate d(2026, 6, 10), mar1(2026, 3, 1), dec31(2026, 12, 31), autumn(2026, 10, 25);
         const auto at = [](QDate date, int h, int m, int s = 0) { return QDateTime(date, QTime(h, m, s)); };
         const auto utc = [](QDate date, int h, int m) { return QDateTime(date, QTime(h, m), QTimeZone::utc()); };
         const auto row = [](const char* tag, const QDateTime& start, const QDateTime& stop, const char* expected,
-                            const char* hours = "01", const char* minutes = "00", bool fromFile = false) {
-            QTest::newRow(tag) << start.toLocalTime() << stop.toLocalTime() << hours << minutes << fromFile << expected;
+                            const char* before = "01:00", bool fromFile = false) {
+            QTest::newRow(tag) << start.toLocalTime() << stop.toLocalTime() << before << fromFile << expected;
         };
         row("same minute adds nothing", at(d, 10, 0, 1), at(d, 10, 0, 59), "01:00");
         row("boundary crossed in 3 s", at(d, 10, 0, 59), at(d, 10, 1, 2), "01:01");
-        row("99:59 plus a minute", at(d, 9, 0), at(d, 9, 1), "100:00", "99", "59");
-        row("unreadable cells count 0", at(d, 9, 0), at(d, 9, 5), "00:05", "x", "");
-        row("hours past 32-bit minutes", at(d, 9, 0), at(d, 9, 1), "40000001:00", "40000000", "59");
+        row("99:59 plus a minute", at(d, 9, 0), at(d, 9, 1), "100:00", "99:59");
+        row("unreadable cells count 0", at(d, 9, 0), at(d, 9, 5), "00:05", "x:");
+        row("hours past 32-bit minutes", at(d, 9, 0), at(d, 9, 1), "40000001:00", "40000000:59");
         row("autumn change, 01:59 to 01:00", utc(autumn, 0, 59), utc(autumn, 1, 0), "01:01");
         row("spring change, 00:59 to 02:00", utc({2026, 3, 29}, 0, 59), utc({2026, 3, 29}, 1, 0), "01:01");
         row("23:59 to 00:01", at(mar1, 23, 59), at(mar1.addDays(1), 0, 1), "01:02");
@@ -152,20 +132,19 @@ private slots:
         row("same clock minute days later", at(mar1, 9, 0), at(mar1.addDays(3), 9, 0), "01:00");
         row("year turn, two nights", at(dec31, 9, 0), at(dec31.addDays(2), 10, 0), "50:00");
         row("same day, earlier clock is next morning", at(mar1, 10, 0), at(mar1, 9, 0), "24:00");
-        row("from a file, autumn change", at(autumn, 0, 30), utc(autumn, 1, 10), "02:40", "01", "00", true);
+        row("from a file, autumn change", at(autumn, 0, 30), utc(autumn, 1, 10), "02:40", "01:00", true);
     }
     void measurement()
     {
         QFETCH(QDateTime, start);
         QFETCH(QDateTime, stop);
-        QFETCH(QString, hours);
-        QFETCH(QString, minutes);
+        QFETCH(QString, before);
         QFETCH(bool, fromFile);
         clock.set(start);
-        open({makeRow(start.date(), u"A1"_s, hours, minutes)});
+        open({makeRow(start.date(), u"A1"_s, before.section(':', 0, 0), before.section(':', 1))});
         if (fromFile) {
-            w->ListBox1.starthrs = start.toString(u"HH"_s);
-            w->ListBox1.startmin = start.toString(u"mm"_s);
+            std::tie(w->ListBox1.starthrs, w->ListBox1.startmin) =
+                std::tuple(start.toString("HH"), start.toString("mm"));
             clock.set(stop);
             w->Allstop();
         } else {
@@ -189,48 +168,42 @@ private slots:
         }
     }
     // Midnight while running: yesterday's row charged and stopped; OK goes on in a new row for today.
-    void midnightRollover_data()
-    {
-        QTest::addColumn<bool>("ask");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("tickDontShow");
-        QTest::newRow("OK") << true << Tr::MWButtonOK << false;
-        QTest::newRow("OK, never ask again") << true << Tr::MWButtonOK << true;
-        QTest::newRow("Cancel") << true << Tr::MWButtonCancel << false;
-        QTest::newRow("question turned off") << false << QString() << false;
-    }
     void midnightRollover()
     {
-        QFETCH(bool, ask);
-        QFETCH(QString, answer);
-        QFETCH(bool, tickDontShow);
-        app->prefs.warningsign = ask;
-        clock.set(2026, 11, 21, 23, 50);
-        const JobRow k1 = makeRow(kDay, u"K1"_s);
-        open({makeRow(kDay.addDays(1), u"J7"_s, u"02"_s), k1});
-        w->runButton_Action();
-        clock.set(2026, 11, 22, 0, 5);
-        if (ask) {
-            dialogs.expectModal(u"dupitwndo"_s, [&](platform::ModalForm& form) {
-                QVERIFY(!w->runButton.enabled && timer3().mode() == platform::Timer::Off);
-                if (tickDontShow)
-                    dupit(form).dontshow_Action(true);
-                answer == Tr::MWButtonOK ? dupit(form).dupeit_Action() : dupit(form).Cancel_Action();
-            });
+        // OK, OK and never ask again, Cancel, the question turned off
+        for (const auto& [ask, answer, tickDontShow] :
+             {std::tuple(true, Tr::MWButtonOK, false), std::tuple(true, Tr::MWButtonOK, true),
+              std::tuple(true, Tr::MWButtonCancel, false), std::tuple(false, QString(), false)}) {
+            init();
+            app->prefs.warningsign = ask;
+            clock.set(2026, 11, 21, 23, 50);
+            const JobRow k1 = makeRow(kDay, u"K1"_s);
+            open({makeRow(kDay.addDays(1), u"J7"_s, u"02"_s), k1});
+            w->runButton_Action();
+            clock.set(2026, 11, 22, 0, 5);
+            if (ask) {
+                dialogs.expectModal(u"dupitwndo"_s, [&](platform::ModalForm& form) {
+                    QVERIFY(!w->runButton.enabled && timer3().mode() == platform::Timer::Off);
+                    if (tickDontShow)
+                        dupit(form).dontshow_Action(true);
+                    answer == Tr::MWButtonOK ? dupit(form).dupeit_Action() : dupit(form).Cancel_Action();
+                });
+            }
+            timer3().fire();
+            const bool copied = answer != Tr::MWButtonCancel;
+            JobRow today = makeRow(kDay.addDays(2), u"J7"_s, u"00"_s, u"00"_s, kRunRunning);
+            today.note.clear();
+            const JobRow old = makeRow(kDay.addDays(1), u"J7"_s, u"02"_s, u"15"_s);
+            QCOMPARE(w->ListBox1.rows, (copied ? std::vector{today, old, k1} : std::vector{old, k1}));
+            QVERIFY(w->ListBox1.ListIndex == 0 && w->runButton.enabled && w->running == copied);
+            QCOMPARE(app->prefs.warningsign, ask && !tickDontShow);
+            QCOMPARE(w->runButton.caption, copied ? Tr::MWStartButtonStop : Tr::MWStartButtonSt);
+            QCOMPARE(w->clientlist2.enabled, !copied);
+            clock.set(2026, 11, 22, 0, 9);
+            timer3().fire();
+            QCOMPARE(time(w->ListBox1.row(0)), copied ? u"00:04"_s : u"02:15"_s);
+            cleanup();
         }
-        timer3().fire();
-        const bool copied = answer != Tr::MWButtonCancel;
-        JobRow today = makeRow(kDay.addDays(2), u"J7"_s, u"00"_s, u"00"_s, kRunRunning);
-        today.note.clear();
-        const JobRow old = makeRow(kDay.addDays(1), u"J7"_s, u"02"_s, u"15"_s);
-        QCOMPARE(w->ListBox1.rows, (copied ? std::vector{today, old, k1} : std::vector{old, k1}));
-        QVERIFY(w->ListBox1.ListIndex == 0 && w->runButton.enabled && w->running == copied);
-        QCOMPARE(app->prefs.warningsign, ask && !tickDontShow);
-        QCOMPARE(w->runButton.caption, copied ? Tr::MWStartButtonStop : Tr::MWStartButtonSt);
-        QCOMPARE(w->clientlist2.enabled, !copied);
-        clock.set(2026, 11, 22, 0, 9);
-        timer3().fire();
-        QCOMPARE(time(w->ListBox1.row(0)), copied ? u"00:04"_s : u"02:15"_s);
     }
     // Continuing an old row asks (Cancel: no change); a first start moves it to today, held selected.
     void staleRowStart()
@@ -241,15 +214,13 @@ private slots:
         open(rows);
         dialogs.expectModal(u"dupitwndo"_s, [](platform::ModalForm& f) { dupit(f).Cancel_Action(); });
         w->runButton_Action();
-        QVERIFY(!w->running);
-        QCOMPARE(w->ListBox1.rows, rows);
+        QVERIFY(!w->running && w->ListBox1.rows == rows);
         w->setListIndex(1);
         QCOMPARE(w->runButton.caption, Tr::MWStartButtonFs);
         w->runButton_Action();
         QCOMPARE(w->ListBox1.row(1).cell(CellDate) + w->ListBox1.row(1).run, shortDate(clock.now().date()) + "*");
-        QVERIFY(w->running && !w->ListBox1Ctl.enabled && !w->njButton2.enabled);
-        QCOMPARE(w->indecator, Mainwndo::kIndecatorRunning);
-        QVERIFY(!w->setListIndex(0) && w->ListBox1.ListIndex == 1);
+        QVERIFY(w->running && !w->ListBox1Ctl.enabled && w->indecator == Mainwndo::kIndecatorRunning);
+        QVERIFY(!w->njButton2.enabled && !w->setListIndex(0) && w->ListBox1.ListIndex == 1);
     }
     // List, today's, job's (any case) and day's totals past 2^31 minutes; no selection turns run and note off.
     void totals()
@@ -290,80 +261,65 @@ private slots:
         QVERIFY(w->datastream.isEmpty());
     }
     // Quit asks to save; a save that did not happen or Cancel keeps the window; settings keep its place.
-    void quitAsksToSave_data()
-    {
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<bool>("untitled");
-        QTest::addColumn<bool>("refused");
-        QTest::addColumn<bool>("quits");
-        QTest::addColumn<int>("writes");
-        const int save = int(platform::Answer::Action);
-        QTest::newRow("Save") << save << false << false << true << 1;
-        QTest::newRow("Save, the disk refuses") << save << false << true << false << 1;
-        QTest::newRow("Save, no file") << save << true << false << false << 0;
-        QTest::newRow("Don't Save") << int(platform::Answer::Alternate) << false << false << true << 0;
-        QTest::newRow("Cancel") << int(platform::Answer::Cancel) << false << false << false << 0;
-    }
     void quitAsksToSave()
     {
-        QFETCH(int, answer);
-        QFETCH(bool, untitled);
-        QFETCH(bool, refused);
-        QFETCH(bool, quits);
-        open({makeRow(kDay, u"Q"_s)});
-        QVERIFY(!w->Event_CancelClose()); // clean: no question
-        if (untitled)
-            w->xpath.clear();
-        w->Windowfilename();
-        w->geometry = QRect(40, 60, 700, 500);
-        files.failWrites = refused;
-        w->markChanged();
-        QVERIFY(!untitled || (!w->autosave() && w->boxchange)); // with no file the rows stay unsaved
-        dialogs.expectAnswer(platform::Answer(answer));
-        QCOMPARE(app->_FileQuit_Action(), quits);
-        QTEST(hooks.writes, "writes");
-        QCOMPARE(dialogs.questions.last().message, u"Do you want to save changes to \"%1\" before closing?"_s.arg(
-                                                       untitled ? Mainwndo::kUntitled : u"week.vlk"_s));
-        QVERIFY(hooks.exits == int(quits) && (app->existingMainwndo() == nullptr) == quits);
-        QCOMPARE(hooks.saved.size(), quits ? 2 : 1);
-        QCOMPARE(QPoint(hooks.saved.last().winwidth, hooks.saved.last().wintop),
-                 quits ? QPoint(700, 60) : QPoint(501, 50));
+        const platform::Answer save = platform::Answer::Action, no = platform::Answer::Alternate;
+        // answer, untitled, refused, quits, writes: Save; the disk refuses; no file; Don't Save; Cancel
+        for (const auto& [answer, untitled, refused, quits, writes] :
+             {std::tuple(save, false, false, true, 1), std::tuple(save, false, true, false, 1),
+              std::tuple(save, true, false, false, 0), std::tuple(no, false, false, true, 0),
+              std::tuple(platform::Answer::Cancel, false, false, false, 0)}) {
+            init();
+            open({makeRow(kDay, u"Q"_s)});
+            QVERIFY(!w->Event_CancelClose()); // clean: no question
+            if (untitled)
+                w->xpath.clear();
+            w->Windowfilename();
+            w->geometry = QRect(40, 60, 700, 500);
+            files.failWrites = refused;
+            w->markChanged();
+            QVERIFY(!untitled || (!w->autosave() && w->boxchange)); // with no file the rows stay unsaved
+            dialogs.expectAnswer(answer);
+            QCOMPARE(app->_FileQuit_Action(), quits);
+            QCOMPARE(hooks.writes, writes);
+            QCOMPARE(dialogs.questions.last().message, u"Do you want to save changes to \"%1\" before closing?"_s.arg(
+                                                           untitled ? Mainwndo::kUntitled : u"week.vlk"_s));
+            QVERIFY(hooks.exits == int(quits) && (app->existingMainwndo() == nullptr) == quits);
+            QCOMPARE(hooks.saved.size(), quits ? 2 : 1);
+            QCOMPARE(QPoint(hooks.saved.last().winwidth, hooks.saved.last().wintop),
+                     quits ? QPoint(700, 60) : QPoint(501, 50));
+            cleanup();
+        }
     }
     // The start reads the settings, opens the recent timesheet or tells it is gone, and welcomes a first run.
-    void start_data()
-    {
-        QTest::addColumn<bool>("exists");
-        QTest::addColumn<bool>("autopen");
-        QTest::addColumn<bool>("firstRun");
-        QTest::newRow("opens") << true << true << false;
-        QTest::newRow("moved away") << false << true << false;
-        QTest::newRow("auto-open off") << true << false << false;
-        QTest::newRow("first run, no settings") << false << true << true;
-    }
     void start()
     {
-        QFETCH(bool, exists);
-        QFETCH(bool, autopen);
-        QFETCH(bool, firstRun);
         const QString path = u"/home/ann/Week 47.vlk"_s;
-        AppPrefs stored;
-        std::tie(stored.lastdoc, stored.autopen, stored.fontsize) = std::tuple(path, autopen, 14);
-        hooks.stored = firstRun ? std::nullopt : std::optional(stored);
-        hooks.existing = exists ? path : QString();
-        hooks.haveOperations = !firstRun;
-        desktop.mouse = QPoint(321, 123);
-        app->prefs.fontsize = 99;
-        app->Event_Open();
-        const bool opens = exists && autopen && !firstRun;
-        QVERIFY(hooks.sesames == int(opens) && app->thisdoc == (opens ? path : QString()));
-        QCOMPARE(hooks.firstRuns, int(firstRun));
-        QCOMPARE(app->prefs.fontsize, firstRun ? AppPrefs().fontsize : 14);
-        QCOMPARE(app->prefs.lastdoc, firstRun ? QString() : path);
-        QCOMPARE(QPoint(app->prefs.positionx, app->prefs.positiony), desktop.mouse);
-        const QString gone = u"Veltrick - Error [-2]\n\nWARNING! - Unable to open the recent timesheet file - Perhaps "
-                             "the file has been moved or deleted!\nThe last known path to the file was: "_s +
-                             path;
-        QCOMPARE(dialogs.messages, !exists && !firstRun ? QStringList{gone} : QStringList());
+        const QString gone =
+            u"Veltrick - Error [-2]\n\nWARNING! - Unable to open the recent timesheet file - Perhaps the "
+            "file has been moved or deleted!\nThe last known path to the file was: "_s;
+        // opens, moved away, auto-open off, first run without settings
+        for (const auto& [exists, autopen, firstRun] :
+             {std::tuple(true, true, false), std::tuple(false, true, false), std::tuple(true, false, false),
+              std::tuple(false, true, true)}) {
+            init();
+            AppPrefs stored;
+            std::tie(stored.lastdoc, stored.autopen, stored.fontsize) = std::tuple(path, autopen, 14);
+            hooks.stored = firstRun ? std::nullopt : std::optional(stored);
+            hooks.existing = exists ? path : QString();
+            hooks.haveOperations = !firstRun;
+            desktop.mouse = QPoint(321, 123);
+            app->prefs.fontsize = 99;
+            app->Event_Open();
+            const bool opens = exists && autopen && !firstRun;
+            QVERIFY(hooks.sesames == int(opens) && app->thisdoc == (opens ? path : QString()));
+            QCOMPARE(hooks.firstRuns, int(firstRun));
+            QCOMPARE(app->prefs.fontsize, firstRun ? AppPrefs().fontsize : 14);
+            QCOMPARE(app->prefs.lastdoc, firstRun ? QString() : path);
+            QCOMPARE(QPoint(app->prefs.positionx, app->prefs.positiony), desktop.mouse);
+            QCOMPARE(dialogs.messages, !exists && !firstRun ? QStringList{gone + path} : QStringList());
+            cleanup();
+        }
     }
     // A window position is on a screen when it lies inside its area, edges included.
     void restoreWindowSize()
@@ -436,8 +392,7 @@ private slots:
               makeRow(kDay, u"C"_s, u"00"_s, u"30"_s, kRunRunning)},
              u"11:00"_s);
         QVERIFY(dialogs.messages.size() == 2 && dialogs.messages[0].contains(u"Row 1."_s) &&
-                dialogs.messages[1].contains(u"Row 3."_s));
-        QCOMPARE(w->ListBox1.ListIndex, 2);
+                dialogs.messages[1].contains(u"Row 3."_s) && w->ListBox1.ListIndex == 2);
         QCOMPARE(time(w->ListBox1.row(2)) + time(w->ListBox1.row(0)) + w->ListBox1.row(0).run, u"01:3000:10"_s);
         w->Allstop();
         QVERIFY(w->setListIndex(0) && !w->running && w->runButton.caption == Tr::MWStartButtonSt);
@@ -466,8 +421,7 @@ private slots:
             QCOMPARE(dialogs.messages,
                      QStringList{"Veltrick - Error [-2]\r\rVeltrick - WARNING!\rThe last known path to the file was: " +
                                  kPath});
-            QVERIFY(w->ListBox1.ListCount() == 1 && w->setListIndex(0) && !w->running);
-            QVERIFY(w->xpath.isEmpty() && w->boxchange);
+            QVERIFY(w->ListBox1.ListCount() == 1 && w->setListIndex(0) && !w->running && w->xpath.isEmpty());
             w->autosave();
             QVERIFY(w->boxchange && files.files[kPath] == cut);
             cleanup();
