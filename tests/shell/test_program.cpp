@@ -18,8 +18,13 @@ const QString kMixed = QStringLiteral("Zo\u00eb & S\u00f8n \u2013 caf\u00e9");
 const QString kOps = storage::prefFile(storage::kOperationsFileName);
 // The idle warning's three answers.
 const char* const kButtons[] = {"Continue", "Reset", "New"};
-void (noactivity::*const kPress[])() = {&noactivity::PushButton1_Action, &noactivity::PushButton2_Action,
-                                        &noactivity::PushButton3_Action};
+// The answer of that name, pressed. (A table of member pointers read in a lambda trips GCC 12's bounds check.)
+void press(noactivity& warning, int button)
+{
+    button == 0   ? warning.PushButton1_Action()
+    : button == 1 ? warning.PushButton2_Action()
+                  : warning.PushButton3_Action();
+}
 
 } // namespace
 
@@ -234,7 +239,7 @@ private slots:
             QCOMPARE(warning.inacH + warning.inacM, QStringLiteral("00") + fmt00(idle + 5));
             QCOMPARE(w().ListBox1.row(0).minutes(), start + (midnight ? 9 : 7)); // over midnight, to its day's end
             QCOMPARE(saved(0).minutes(), start + (midnight ? 9 : 7));
-            (warning.*kPress[button])();
+            press(warning, button);
         });
         if (button == 0 && midnight)
             expect<Dupitwndo>(QStringLiteral("dupitwndo"), [](Dupitwndo& d) { d.dupeit_Action(); });
