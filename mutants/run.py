@@ -107,7 +107,7 @@ def build_and_test(build, tests, jobs, log):
         return "killed", "(the tests hung)"
     if code == 0:
         return "survived", ""
-    # "12/39 Test #18: jobs/test_rowops ......***Failed  0.03 sec"
+    # "12/39 Test  #7: jobs/test_jobs .........***Failed  0.03 sec"
     failed = [l.split()[3] for l in out.splitlines() if " Test " in l and "***" in l and len(l.split()) > 3]
     return "killed", failed[0] if failed else "(a test failed)"
 
