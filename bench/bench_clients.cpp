@@ -1,8 +1,4 @@
-#include "clients/clientlist.h"
-#include "clients/clientsync.h"
-#include "clients/vcardstore.h"
-#include "support/fakes.h"
-#include "support/memorystore.h"
+#include "support/syncrig.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -37,34 +33,6 @@ QByteArray groupCard()
     return card + "END:VCARD\r\n";
 }
 
-// The main window as the sync sees it: it only needs answers, not a record.
-struct QuietHost : clients::SyncHost
-{
-    bool contactsAccess() const override { return access; }
-    void setContactsAccess(bool on) override { access = on; }
-    void resetClientList() override {}
-    void setStatus(const QString&) override {}
-    void startTimer2() override {}
-    void refreshClientList() override {}
-    bool access = false;
-};
-
-// One sync of a folder of real cards into a client list file in memory.
-struct SyncRig
-{
-    explicit SyncRig(const QString& folder) : book(disk, folder) {}
-    QStringList listFile() const { return clients::readClientList(prefs, kListFile); }
-
-    inline static const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
-    storage::DiskFileStore disk;
-    clients::VCardStore book;
-    testing::ScriptedDialogs dialogs;
-    testing::FakeDesktop desktop;
-    testing::MemoryFileStore prefs;
-    QuietHost host;
-    clients::ClientSync sync{book, dialogs, desktop, prefs, kListFile, host};
-};
-
 void writeFile(const QString& path, const QByteArray& bytes)
 {
     QFile file(path);
@@ -74,7 +42,7 @@ void writeFile(const QString& path, const QByteArray& bytes)
 
 void runSync(benchmark::State& state, const QString& folder)
 {
-    SyncRig rig(folder);
+    testing::SyncRig rig(folder);
     for (auto _ : state)
         rig.sync.syncaddressbook2();
     if (rig.listFile().size() != 4000 || !rig.dialogs.messages.isEmpty())

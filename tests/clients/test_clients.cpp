@@ -6,6 +6,7 @@
 #include "clients/vcard.h"
 #include "clients/vcardstore.h"
 #include "support/listfixture.h"
+#include "support/syncrig.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -52,26 +53,13 @@ QString companies(const QList<AddressBookContact>& contacts)
     return names.join(QLatin1Char('|'));
 }
 
-// The main window as the synchronisation sees it, recording what it was asked to do.
-struct Host : clients::SyncHost
+// An address book folder of its own, and a sync of it into a client list file in memory.
+struct Rig : QTemporaryDir, testing::SyncRig
 {
-    bool contactsAccess() const override { return access; }
-    void setContactsAccess(bool on) override { access = on; }
-    void resetClientList() override { ++resets; }
-    void setStatus(const QString& datastream) override { status << datastream; }
-    void startTimer2() override { ++timer2Starts; }
-    void refreshClientList() override { ++refreshes; }
-    bool access = false;
-    int resets = 0, timer2Starts = 0, refreshes = 0;
-    QStringList status;
-};
-
-// An address book folder of its own with its store, and a sync of it into a client list file in memory.
-struct Rig
-{
+    Rig() : SyncRig(path()) {}
     QString path(const QString& name = {}) const
     {
-        return dir.path() + "/contacts" + (name.isEmpty() ? "" : "/" + name);
+        return QTemporaryDir::path() + "/contacts" + (name.isEmpty() ? "" : "/" + name);
     }
     void write(const Files& files) const
     {
@@ -86,7 +74,6 @@ struct Rig
         QFile in(path(name));
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
     }
-    QStringList listFile() const { return clients::readClientList(prefs, kListFile); }
     // The sheet of a new client, filled and saved: names asked when either is given.
     void addClient(const QString& first, const QString& last, const QString& company)
     {
@@ -98,16 +85,6 @@ struct Rig
         sheet.PushButton1_Action();
         sheetVisible = sheet.Visible;
     }
-
-    inline static const QString kListFile = QStringLiteral("/prefs/VLK8Contacts");
-    QTemporaryDir dir;
-    storage::DiskFileStore disk;
-    clients::VCardStore book{disk, path()};
-    testing::ScriptedDialogs dialogs;
-    testing::FakeDesktop desktop;
-    testing::MemoryFileStore prefs;
-    Host host;
-    clients::ClientSync sync{book, dialogs, desktop, prefs, kListFile, host};
     bool sheetVisible = false;
 };
 } // namespace
