@@ -33,7 +33,7 @@ def parse_list(path):
     """The mutants as dicts: what, file, old, new, number (from 1)."""
     mutants = []
     for block in path.read_text().split("\n## ")[1:]:
-        lines = [l for l in block.strip("\n").split("\n")]
+        lines = block.strip("\n").split("\n")
         if len(lines) < 4 or not lines[2].startswith("- ") or not (lines[3] == "+" or lines[3].startswith("+ ")):
             sys.exit(f"{path}: a mutant must be '## what', a file, '- old' and '+ new': {lines[0]!r}")
         mutants.append({"number": len(mutants) + 1, "what": lines[0], "file": lines[1],
@@ -64,10 +64,10 @@ def sync_tree(commit, tree):
             path.unlink()
 
 
-def run(cmd, cwd, seconds, log):
+def run(cmd, cwd, seconds, log, env=None):
     """Runs `cmd` in a process group of its own; returns (exit code or None on timeout, output)."""
     started = time.monotonic()
-    proc = subprocess.Popen(cmd, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+    proc = subprocess.Popen(cmd, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=env,
                             start_new_session=True, text=True, errors="replace")
     try:
         out, _ = proc.communicate(timeout=seconds)
@@ -100,9 +100,8 @@ def build_and_test(build, tests, jobs, log):
     if code != 0:
         return "did not build", ""
     select = ["-R", tests] if tests else ["-E", SKIPPED_TESTS]
-    env_cmd = ["env", "QT_QPA_PLATFORM=offscreen", "ctest", f"-j{jobs}", "--stop-on-failure",
-               "--output-on-failure"] + select
-    code, out = run(env_cmd, build, TEST_SECONDS, log)
+    code, out = run(["ctest", f"-j{jobs}", "--stop-on-failure", "--output-on-failure"] + select, build,
+                    TEST_SECONDS, log, env=dict(os.environ, QT_QPA_PLATFORM="offscreen"))
     if code is None:
         return "killed", "(the tests hung)"
     if code == 0:
