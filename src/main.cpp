@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QIcon>
 #include <QStandardPaths>
+#include <QTimer>
 
 #include <exception>
 
@@ -88,14 +89,28 @@ private:
 };
 #endif
 
-QIcon builtInIcon()
+// The window icon: the theme's when the program is installed, the copy compiled in when it runs from the
+// build tree. Finding it reads the icon theme's folders and decoding it loads image plugins, neither of
+// which the first frame needs, so it is set once the first window has been drawn; Qt hands it then to
+// every window open.
+class IconOnceShown : public QObject
 {
-    QIcon icon;
-    const QDir sizes(QStringLiteral(":/icons"));
-    for (const QString& name : sizes.entryList(QDir::Files))
-        icon.addFile(sizes.filePath(name));
-    return icon;
-}
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Expose && watched->isWindowType()) {
+            qApp->removeEventFilter(this);
+            QTimer::singleShot(0, qApp, [] {
+                QIcon builtIn;
+                const QDir sizes(QStringLiteral(":/icons"));
+                for (const QString& name : sizes.entryList(QDir::Files))
+                    builtIn.addFile(sizes.filePath(name));
+                QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("veltrick"), builtIn));
+            });
+        }
+        return false;
+    }
+};
 
 } // namespace
 
@@ -105,10 +120,10 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Veltrick"));
     QApplication::setApplicationVersion(QStringLiteral("8.0"));
     QApplication::setQuitOnLastWindowClosed(false);
-    // The desktop file names the program to Wayland and the task bar; the icon is the theme's when
-    // the program is installed, and the copy compiled in when it runs from the build tree.
+    // The desktop file names the program to Wayland and the task bar.
     QGuiApplication::setDesktopFileName(QStringLiteral("veltrick"));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("veltrick"), builtInIcon()));
+    IconOnceShown icon;
+    application.installEventFilter(&icon);
     const QStringList documents = QApplication::arguments().mid(1);
     shell::ui::SingleInstance instance;
     if (!instance.claim(documents))

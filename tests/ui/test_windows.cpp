@@ -38,7 +38,9 @@ class TestWindows : public QObject
         auto* window = static_cast<ui::MainwndoView*>(shell->front());
         QCoreApplication::processEvents(); // the window shows once the event loop is back
         window->activateWindow();
-        return QTest::qWaitForWindowActive(window) ? window : nullptr;
+        const bool active = QTest::qWaitForWindowActive(window);
+        QCoreApplication::processEvents(); // the menu items, made once the window is drawn
+        return active ? window : nullptr;
     }
 
 private slots:

@@ -17,17 +17,16 @@ const QString kDefaultAction = QStringLiteral("default");
 constexpr int kCallTimeoutMs = 2000;
 } // namespace
 
-DBusNotifier::DBusNotifier()
-{
-    QDBusConnection::sessionBus().connect(kService, kPath, kService, QStringLiteral("ActionInvoked"), this,
-                                          SLOT(onActionInvoked(uint, QString)));
-}
-
 unsigned DBusNotifier::notify(const QString& title, const QString& body)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return 0;
+    // Clicks are listened for from the first notice on: connecting costs round trips to the bus, which
+    // a program that never shows a notice should not wait for as it starts.
+    if (!m_listening)
+        m_listening = bus.connect(kService, kPath, kService, QStringLiteral("ActionInvoked"), this,
+                                  SLOT(onActionInvoked(uint, QString)));
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kService, QStringLiteral("Notify"));
     call << kAppName << uint(0) << kAppIcon << title << body << QStringList{kDefaultAction, title} << QVariantMap()
          << int(-1);

@@ -17,13 +17,14 @@ public:
     inline static const QString kAppName = QStringLiteral("Veltrick");
     inline static const QString kAppIcon = QStringLiteral("veltrick");
 
-    DBusNotifier();
-
     unsigned notify(const QString& title, const QString& body) override;
     void withdraw(unsigned id) override;
 
 private slots:
     void onActionInvoked(uint id, const QString& action);
+
+private:
+    bool m_listening = false;
 };
 
 } // namespace platform::qt

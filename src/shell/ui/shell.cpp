@@ -197,8 +197,6 @@ Shell::Shell(Program& program) : m_program(program)
     connect(&m_program, &Program::timesheetWanted, this, &Shell::showTimesheet);
     connect(&m_program.presets(), &budgets::preSetJobsWin::visibilityChanged, this, &Shell::showPresets);
     qApp->installEventFilter(this); // the desktop's light or dark appearance
-    buildStartWindow();
-    applyCommands();
 }
 
 Shell::~Shell()
@@ -214,6 +212,15 @@ bool Shell::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
         m_program.appearanceChanged();
+    // A window's menu items are made once it is on the screen, which they are not needed for, or at the
+    // first key or click if that comes sooner: a shortcut must find its item.
+    if (!m_emptyMenuBars.empty()) {
+        if (event->type() == QEvent::Expose && watched->isWindowType())
+            QTimer::singleShot(0, this, &Shell::fillMenus);
+        else if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress ||
+                 event->type() == QEvent::MouseButtonPress)
+            fillMenus();
+    }
     return QObject::eventFilter(watched, event);
 }
 
@@ -249,15 +256,15 @@ void Shell::start(const QStringList& documents)
     // On a first start the start window stands behind the welcome, so the user sees the program
     // before any question; otherwise it shows only when no timesheet opens.
     if (!m_program.operationsFileExists())
-        m_startWindow->show();
+        startWindow()->show();
     m_program.start(documents);
     if (!m_program.mainwndo())
-        m_startWindow->show();
+        startWindow()->show();
 }
 
-QMainWindow* Shell::front() const
+QMainWindow* Shell::front()
 {
-    return m_view ? static_cast<QMainWindow*>(m_view) : m_startWindow;
+    return m_view ? static_cast<QMainWindow*>(m_view) : startWindow();
 }
 
 void Shell::openRequested(const QStringList& paths)
@@ -269,8 +276,10 @@ void Shell::openRequested(const QStringList& paths)
     window->activateWindow();
 }
 
-void Shell::buildStartWindow()
+QMainWindow* Shell::startWindow()
 {
+    if (m_startWindow)
+        return m_startWindow;
     auto* window = new StartWindow;
     m_startWindow = window;
     window->setObjectName(QStringLiteral("StartWindow"));
@@ -289,33 +298,45 @@ void Shell::buildStartWindow()
     buttons->addWidget(openButton);
     layout->addLayout(buttons);
     window->setCentralWidget(central);
-    fillMenus(window->menuBar());
+    addMenus(window->menuBar());
+    return window;
 }
 
-void Shell::fillMenus(QMenuBar* bar)
+void Shell::addMenus(QMenuBar* bar)
 {
-    std::erase_if(m_actions, [](const auto& entry) { return entry.second.isNull(); }); // a closed window's
-    const core::MenuItems state = m_program.commandState();
     for (const Menu& tree : menuTree()) {
         QMenu* menu = bar->addMenu(*tree.caption);
-        for (const std::optional<Item>& entry : tree.items) {
-            if (!entry) {
-                menu->addSeparator();
-                continue;
-            }
-            const Item item = *entry;
-            QAction* action = menu->addAction(forMenu(state.caption(item)));
-            action->setObjectName(core::itemName(item));
-            action->setShortcut(QKeySequence(core::itemKey(item)));
-            if (item == Item::EditCut || item == Item::EditCopy || item == Item::EditPaste)
-                connect(action, &QAction::triggered, this, [this, item] { editText(item); });
-            else
-                connect(action, &QAction::triggered, this, [this, item] { m_program.command(item); });
-            m_actions.emplace_back(item, action);
-        }
         // The Alt key and the focused text field are read as the menu opens.
         connect(menu, &QMenu::aboutToShow, this, &Shell::applyCommands);
     }
+    m_emptyMenuBars.emplace_back(bar);
+}
+
+void Shell::fillMenus()
+{
+    std::erase_if(m_actions, [](const auto& entry) { return entry.second.isNull(); }); // a closed window's
+    const core::MenuItems state = m_program.commandState();
+    for (const QPointer<QMenuBar>& bar : std::exchange(m_emptyMenuBars, {})) {
+        for (size_t m = 0; bar && m < menuTree().size(); ++m) {
+            QMenu* menu = bar->actions()[qsizetype(m)]->menu();
+            for (const std::optional<Item>& entry : menuTree()[m].items) {
+                if (!entry) {
+                    menu->addSeparator();
+                    continue;
+                }
+                const Item item = *entry;
+                QAction* action = menu->addAction(forMenu(state.caption(item)));
+                action->setObjectName(core::itemName(item));
+                action->setShortcut(QKeySequence(core::itemKey(item)));
+                if (item == Item::EditCut || item == Item::EditCopy || item == Item::EditPaste)
+                    connect(action, &QAction::triggered, this, [this, item] { editText(item); });
+                else
+                    connect(action, &QAction::triggered, this, [this, item] { m_program.command(item); });
+                m_actions.emplace_back(item, action);
+            }
+        }
+    }
+    applyCommands();
 }
 
 void Shell::applyCommands()
@@ -377,12 +398,13 @@ void Shell::showMainwndo(core::Mainwndo* form)
     };
     connect(form, &core::Mainwndo::controlsChanged, this, &Shell::applyCommands);
     connect(form, &core::Mainwndo::selectionChanged, this, &Shell::applyCommands);
-    fillMenus(view->menuBar());
+    addMenus(view->menuBar());
     m_strip = new StatusWindowView(parts->strip, *form, m_program);
     if (QSystemTrayIcon::isSystemTrayAvailable())
         m_tray = std::make_unique<TrayIcon>(parts->menulet, m_program);
     applyCommands();
-    m_startWindow->hide();
+    if (m_startWindow)
+        m_startWindow->hide();
     // Shown once the event loop is back: a timesheet being read appears whole, not row by row.
     QTimer::singleShot(0, view, &QWidget::show);
 }
@@ -399,7 +421,7 @@ void Shell::closeMainwndoView()
         m_view->deleteLater();
     }
     if (!m_program.isQuitting())
-        m_startWindow->show();
+        startWindow()->show();
 }
 
 } // namespace shell::ui

@@ -46,19 +46,21 @@ public:
     void openRequested(const QStringList& paths);
 
     Program& program() { return m_program; }
-    QMainWindow* startWindow() const { return m_startWindow; }
     StatusWindowView* strip() const { return m_strip; }
     TrayIcon* tray() const { return m_tray.get(); }
     platform::EventGate& gate() { return m_program.gate(); }
     // The window in front: the main window while a timesheet is open, else the start window.
-    QMainWindow* front() const;
+    QMainWindow* front();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void buildStartWindow();
-    void fillMenus(QMenuBar* bar);
+    // The start window, built the first time it is wanted: a start that opens a timesheet never is.
+    QMainWindow* startWindow();
+    // A window's menus are added with their titles, and filled by fillMenus once a window is drawn.
+    void addMenus(QMenuBar* bar);
+    void fillMenus();
     void applyCommands();
     void editText(core::Item item);
     void showMainwndo(core::Mainwndo* form);
@@ -76,6 +78,7 @@ private:
 
     std::unique_ptr<TrayIcon> m_tray;
     std::vector<std::pair<core::Item, QPointer<QAction>>> m_actions;
+    std::vector<QPointer<QMenuBar>> m_emptyMenuBars;
 };
 
 } // namespace shell::ui

@@ -1,14 +1,18 @@
 #include "shell/ui/singleinstance.h"
 
-#include <QDir>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QLockFile>
-#include <QRegularExpression>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <memory>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace shell::ui
 {
@@ -31,7 +35,9 @@ QString SingleInstance::serverPath()
     QString session = qEnvironmentVariable("WAYLAND_DISPLAY");
     if (session.isEmpty())
         session = qEnvironmentVariable("DISPLAY");
-    session.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
+    for (QChar& c : session)
+        if (!(c.isLetterOrNumber() && c.unicode() < 128) && c != u'.' && c != u'_' && c != u'-')
+            c = u'_';
     if (session.isEmpty())
         session = QStringLiteral("console");
     return folder + QStringLiteral("/veltrick-") + session + QStringLiteral(".socket");
@@ -40,20 +46,26 @@ QString SingleInstance::serverPath()
 bool SingleInstance::claim(const QStringList& paths)
 {
     // Two launches at the same moment take turns here, so that only one of them can find nobody and
-    // listen. A lock left by a process that died is taken over.
-    QLockFile lock(serverPath() + QStringLiteral(".lock"));
-    lock.setStaleLockTime(kLockWaitMs * 2);
-    lock.tryLock(kLockWaitMs); // without it (a runtime folder we cannot write) the socket alone decides
-    if (forward(paths))
-        return false;
-    listen();
-    return true;
+    // listen. The lock is the kernel's: it goes with the process that holds it, however that ends.
+    // Without it (a runtime folder we cannot write) the socket alone decides.
+    const QString server = serverPath();
+    const int lock =
+        ::open(QFile::encodeName(server + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const QDeadlineTimer patience(kLockWaitMs);
+    while (lock >= 0 && ::flock(lock, LOCK_EX | LOCK_NB) != 0 && !patience.hasExpired())
+        QThread::msleep(10);
+    const bool first = !forward(server, paths);
+    if (first)
+        listen(server);
+    if (lock >= 0)
+        ::close(lock);
+    return first;
 }
 
-bool SingleInstance::forward(const QStringList& paths)
+bool SingleInstance::forward(const QString& server, const QStringList& paths)
 {
     QLocalSocket socket;
-    socket.connectToServer(serverPath());
+    socket.connectToServer(server);
     if (!socket.waitForConnected(kWaitMs))
         return false;
     QStringList absolute;
@@ -65,14 +77,14 @@ bool SingleInstance::forward(const QStringList& paths)
     return true;
 }
 
-void SingleInstance::listen()
+void SingleInstance::listen(const QString& server)
 {
     m_server = new QLocalServer(this);
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     // Nobody answered on the socket (checked under the lock): one that is there was left by a program
     // that ended without removing it, and is ours to replace.
-    QLocalServer::removeServer(serverPath());
-    m_server->listen(serverPath());
+    QLocalServer::removeServer(server);
+    m_server->listen(server);
     connect(m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* client = m_server->nextPendingConnection()) {
             auto buffer = std::make_shared<QByteArray>();

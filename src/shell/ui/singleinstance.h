@@ -29,8 +29,8 @@ signals:
     void openRequested(const QStringList& paths);
 
 private:
-    bool forward(const QStringList& paths);
-    void listen();
+    bool forward(const QString& server, const QStringList& paths);
+    void listen(const QString& server);
 
     QLocalServer* m_server = nullptr;
 };
