@@ -80,23 +80,31 @@ void Budgets::checkAll()
 {
     core::Mainwndo& w = m_s.window;
     core::Timesheet& list = w.ListBox1;
-    // The total of every job, under the spelling of its first row, in the order of first rows.
-    QHash<QString, int> index;
+    // The total of every job, under the spelling of its first row, in the order of first rows. Jobs are
+    // found by their spelling first and folded only when a spelling is new: rows repeat a few jobs.
+    QHash<QString, int> bySpelling;
+    QHash<QString, int> byFolded;
     QStringList jobs;
     std::vector<qint64> totals;
     platform::YieldGate gate(m_s.desktop);
     for (const core::JobRow& row : list.rows) {
-        const QString key = row.cell(core::CellJob).toCaseFolded();
-        auto it = index.constFind(key);
-        if (it == index.cend()) {
-            it = index.insert(key, int(jobs.size()));
-            jobs << row.cell(core::CellJob);
-            totals.push_back(0);
+        const QString& spelling = row.cell(core::CellJob);
+        auto job = bySpelling.constFind(spelling);
+        if (job == bySpelling.cend()) {
+            const QString key = spelling.toCaseFolded();
+            auto folded = byFolded.constFind(key);
+            if (folded == byFolded.cend()) {
+                folded = byFolded.insert(key, int(jobs.size()));
+                jobs << spelling;
+                totals.push_back(0);
+            }
+            job = bySpelling.insert(spelling, *folded);
         }
-        totals[size_t(*it)] += row.minutes();
+        totals[size_t(*job)] += row.minutes();
         gate.step();
     }
-    QHash<QString, bool> over;
+    enum Mark : char { Unbudgeted, Within, Over };
+    std::vector<Mark> marks(size_t(jobs.size()), Unbudgeted);
     for (int j = 0; j < jobs.size(); ++j) {
         const qint64 total = totals[size_t(j)];
         const auto [budget, closed] = recordActive(jobs[j], total);
@@ -108,19 +116,19 @@ void Budgets::checkAll()
             w.budgetTotalMins = total % 60;
             CreateMessage(jobs[j]);
         }
-        over.insert(jobs[j].toCaseFolded(), used >= budget);
+        marks[size_t(j)] = used >= budget ? Over : Within;
     }
     for (core::JobRow& row : list.rows) {
-        const auto it = over.constFind(row.cell(core::CellJob).toCaseFolded());
-        if (it != over.cend())
-            row.budget = *it ? core::kBudgetOver : QString();
+        const Mark mark = marks[size_t(bySpelling.value(row.cell(core::CellJob)))];
+        if (mark != Unbudgeted)
+            row.budget = mark == Over ? core::kBudgetOver : QString();
         gate.step();
     }
     // The selection ends where it was, with its own job's state.
     w.budgetNotice =
         list.hasSelection() && w.trackListindex.contains(list.selected().cell(core::CellJob), Qt::CaseInsensitive);
     if (list.hasSelection())
-        w.budgetTotalMins = totals[size_t(index.value(list.selected().cell(core::CellJob).toCaseFolded()))] % 60;
+        w.budgetTotalMins = totals[size_t(bySpelling.value(list.selected().cell(core::CellJob)))] % 60;
     emit w.marksChanged();
     m_s.updatestatus();
 }
