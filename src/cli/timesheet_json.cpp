@@ -31,25 +31,20 @@ const std::array<QString, 11> kRowKeys = {
     QStringLiteral("note"),    QStringLiteral("user"),      QStringLiteral("budget"),
 };
 
+// The tags that follow the cells in the file, in its order.
+constexpr std::array<int, 4> kTagFields = {core::TagRun, core::TagNote, core::TagUser, core::TagBudget};
+
 const QString& rowField(const core::JobRow& row, size_t field)
 {
-    switch (field) {
-    case 7:
-        return row.run;
-    case 8:
-        return row.note;
-    case 9:
-        return row.user;
-    case 10:
-        return row.budget;
-    default:
-        return row.cells[field];
-    }
+    return field < 7 ? row.cell(int(field)) : row.tag(kTagFields[field - 7]);
 }
 
-QString& rowField(core::JobRow& row, size_t field)
+void setRowField(core::JobRow& row, size_t field, const QString& text)
 {
-    return const_cast<QString&>(rowField(std::as_const(row), field));
+    if (field < 7)
+        row.setCell(int(field), text);
+    else
+        row.setTag(kTagFields[field - 7], text);
 }
 
 // Writes raw bytes and JSON strings through a buffer of fixed size that is passed on to the file whenever
@@ -248,10 +243,12 @@ bool timesheetFromJson(const QByteArray& json, core::Timesheet& sheet, QString& 
         const QJsonObject object = value.toObject();
         core::JobRow& row = result.rows.emplace_back();
         for (size_t field = 0; field < kRowKeys.size(); ++field) {
-            if (!readText(object, kRowKeys[field], rowField(row, field))) {
+            QString text;
+            if (!readText(object, kRowKeys[field], text)) {
                 error = kErrNotText.arg(kRowKeys[field]).arg(index + 1);
                 return false;
             }
+            setRowField(row, field, text);
         }
     }
     sheet = std::move(result);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/rowtext.h"
+
 #include <QString>
 
 #include <array>
@@ -39,11 +41,12 @@ inline const QString kBudgetOver = QStringLiteral("over");
 // One row of a timesheet: twelve text cells and the four tags that are used.
 struct JobRow
 {
-    std::array<QString, kColumnCount> cells;
-    QString note, budget, run, user;
+    std::array<RowText, kColumnCount> cells;
+    QString note; // most notes are one row's own: shared only as Qt shares any text
+    RowText budget, run, user;
 
-    const QString& cell(int column) const { return cells[static_cast<size_t>(column)]; }
-    void setCell(int column, const QString& text) { cells[static_cast<size_t>(column)] = text; }
+    const QString& cell(int column) const { return cells[static_cast<size_t>(column)].text(); }
+    void setCell(int column, const QString& text) { cells[static_cast<size_t>(column)] = RowText(text); }
 
     const QString& tag(int column) const;
     void setTag(int column, const QString& text);

@@ -1,11 +1,14 @@
 #include "storage/filestore.h"
 
+#include "storage/hugepages.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -136,7 +139,13 @@ platform::Result DiskFileStore::read(const QString& path, QByteArray& bytes) con
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return platform::Result::failure(ENOENT, file.errorString());
-    bytes = file.readAll();
+    // One buffer of the file's size, read in one call; what another program appends meanwhile follows.
+    bytes = QByteArray(file.size(), Qt::Uninitialized);
+    preferHugePages(bytes.constData(), size_t(bytes.size()));
+    const qint64 got = file.read(bytes.data(), bytes.size());
+    bytes.truncate(std::max<qint64>(got, 0));
+    if (got >= 0)
+        bytes += file.readAll();
     if (file.error() != QFileDevice::NoError)
         return platform::Result::failure(EIO, file.errorString());
     return platform::Result::success();

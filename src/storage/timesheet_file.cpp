@@ -1,6 +1,7 @@
 #include "storage/timesheet_file.h"
 
 #include "storage/binary_stream.h"
+#include "storage/hugepages.h"
 
 #include <algorithm>
 #include <array>
@@ -189,24 +190,40 @@ int decodeBase64(QByteArrayView in, unsigned char* out)
 // Turns the stored bytes of one field into its text. Most texts recur (dates, users, operations, clients,
 // hours, job numbers), so recent ones are kept per field, keyed by their stored bytes, and shared: this
 // saves most of the decoding and allocation of a load, and the memory of the list.
+// The note's place among a row's fields.
+constexpr int kNoteField = 8;
+
 class FieldDecoder
 {
 public:
-    QString decode(int field, QByteArrayView stored)
+    // The note and the start time's two texts.
+    QString decode(int field, QByteArrayView stored) { return lookUp(field, stored).text; }
+    // Any other field of a row as rows hold it, shared with every row that has it.
+    core::RowText decodeShared(int field, QByteArrayView stored) { return lookUp(field, stored).shared; }
+
+private:
+    struct Slot
+    {
+        QByteArrayView stored{"", 0};
+        QString text;
+        core::RowText shared; // the fields rows share
+    };
+
+    Slot& lookUp(int field, QByteArrayView stored)
     {
         if (stored.isEmpty())
-            return QString();
+            return m_empty;
         Slot& slot = m_slots[static_cast<size_t>(field)][hash(stored) & (kSlots - 1)];
         if (stored.size() == slot.stored.size() && std::memcmp(stored.data(), slot.stored.data(), stored.size()) == 0)
-            return slot.text;
+            return slot;
         unsigned char buffer[kPascalMax];
         const int n = decodeBase64(stored, buffer);
         slot.stored = stored;
         slot.text = QString::fromUtf8(reinterpret_cast<const char*>(buffer), n);
-        return slot.text;
+        slot.shared = field < kFieldsPerRow && field != kNoteField ? core::RowText(slot.text) : core::RowText();
+        return slot;
     }
 
-private:
     static constexpr size_t kSlots = 64;
 
     // The length and the first and last eight bytes: enough to tell recurring texts apart, and cheap. A
@@ -221,11 +238,7 @@ private:
         return static_cast<quint32>(h >> 32 ^ h);
     }
 
-    struct Slot
-    {
-        QByteArrayView stored{"", 0};
-        QString text;
-    };
+    Slot m_empty;
     std::array<std::array<Slot, kSlots>, kFieldsPerRow + 2> m_slots;
 };
 
@@ -270,17 +283,17 @@ void encodeTimesheet(const core::Timesheet& sheet, QByteArray& out, int* cutFiel
             p = out.data() + used;
             end = out.data() + out.size();
         }
-        const std::array<const QString*, kFieldsPerRow> fields = {&row.cells[core::CellDate],
-                                                                  &row.cells[core::CellJob],
-                                                                  &row.cells[core::CellProject],
-                                                                  &row.cells[core::CellHours],
-                                                                  &row.cells[core::CellMinutes],
-                                                                  &row.cells[core::CellOperation],
-                                                                  &row.cells[core::CellClient],
-                                                                  &row.run,
+        const std::array<const QString*, kFieldsPerRow> fields = {&row.cell(core::CellDate),
+                                                                  &row.cell(core::CellJob),
+                                                                  &row.cell(core::CellProject),
+                                                                  &row.cell(core::CellHours),
+                                                                  &row.cell(core::CellMinutes),
+                                                                  &row.cell(core::CellOperation),
+                                                                  &row.cell(core::CellClient),
+                                                                  &row.run.text(),
                                                                   &row.note,
-                                                                  &row.user,
-                                                                  &row.budget};
+                                                                  &row.user.text(),
+                                                                  &row.budget.text()};
         for (size_t field = 0; field < fields.size(); ++field) {
             const QString& text = *fields[field];
             Memo& memo = memos[field];
@@ -328,6 +341,7 @@ Reading readRows(const QByteArray& bytes, qint32 count)
     count = std::max<qint32>(count, 0);
     const qsizetype fitting = std::max<qsizetype>(0, (bytes.size() - 4 - 2) / kMinRowBytes);
     result.sheet.rows.reserve(static_cast<size_t>(std::min<qsizetype>(count, fitting)));
+    preferHugePages(result.sheet.rows.data(), result.sheet.rows.capacity() * sizeof(core::JobRow));
     FieldDecoder decoder;
     QByteArrayView fields[kFieldsPerRow];
     for (qint32 index = 0; index < count; ++index) {
@@ -344,22 +358,21 @@ Reading readRows(const QByteArray& bytes, qint32 count)
         if (read > 2) {
             core::JobRow& row = result.sheet.rows.emplace_back();
             for (int field = 0; field < read; ++field) {
-                QString text = decoder.decode(field, fields[field]);
                 switch (field) {
-                case 7:
-                    row.run = std::move(text);
+                case kNoteField:
+                    row.note = decoder.decode(field, fields[field]);
                     break;
-                case 8:
-                    row.note = std::move(text);
+                case 7:
+                    row.run = decoder.decodeShared(field, fields[field]);
                     break;
                 case 9:
-                    row.user = std::move(text);
+                    row.user = decoder.decodeShared(field, fields[field]);
                     break;
                 case 10:
-                    row.budget = std::move(text);
+                    row.budget = decoder.decodeShared(field, fields[field]);
                     break;
                 default:
-                    row.cells[static_cast<size_t>(field)] = std::move(text);
+                    row.cells[static_cast<size_t>(field)] = decoder.decodeShared(field, fields[field]);
                     break;
                 }
             }

@@ -480,9 +480,9 @@ private:
         qint64 earliest = nowMinute;
         for (int i = 0; i < list.ListCount(); ++i) {
             JobRow& row = window->ListBox1.row(i);
-            QString& stamp = row.cells[kStampCell];
-            if (stamp.isEmpty())
-                stamp = QString::number(++m_stamps);
+            if (row.cell(kStampCell).isEmpty())
+                row.setCell(kStampCell, QString::number(++m_stamps));
+            const QString& stamp = row.cell(kStampCell);
             const qint64 minutes = row.minutes();
             const auto before = m_seen.constFind(stamp);
             if (before == m_seen.cend() || m_user.changedTotals) {

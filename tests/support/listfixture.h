@@ -50,8 +50,11 @@ struct ListFixture
     core::JobRow& add(const QString& date, const QString& job, const QString& client = {}, int minutes = 0,
                       const QString& note = {})
     {
-        core::JobRow row{
-            {date, job, "P-" + job, {}, {}, QStringLiteral("Design"), client}, note, {}, {}, "Default User"};
+        core::JobRow row{{date, job, "P-" + job, {}, {}, QStringLiteral("Design"), client},
+                         note,
+                         {},
+                         {},
+                         QStringLiteral("Default User")};
         row.setMinutes(minutes);
         row.run = minutes > 0 ? core::kRunStopped : core::kRunNever;
         w.ListBox1.AddRow(row);

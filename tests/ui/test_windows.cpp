@@ -51,7 +51,12 @@ private slots:
         rig = std::make_unique<testing::ProgramRig>(*dialogs);
         sheet = {};
         for (QString i : {"0", "1", "2"})
-            sheet.AddRow(JobRow{{"11/2" + i + "/26", "J" + i, {}, "01", "05", {}, {}, "x", "9"}, {}, {}, {}, {}});
+            sheet.AddRow(JobRow{
+                {"11/2" + i + "/26", "J" + i, {}, QString("01"), QString("05"), {}, {}, QString("x"), QString("9")},
+                {},
+                {},
+                {},
+                {}});
         sheet.row(1).note = QStringLiteral("note");
         sheet.row(2).budget = kBudgetOver;
     }
