@@ -1,9 +1,11 @@
 #include "netlink/connection.h"
 
-#include <QAbstractSocket>
+#include "netlink/socketerror.h"
+
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <arpa/inet.h>
 #include <cerrno>
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -18,22 +20,6 @@ namespace
 constexpr qsizetype kChunk = 64 * 1024;
 // How long a finished connection waits for a slow browser to take the answer and close.
 constexpr int kLingerMs = 10000;
-
-int socketError(int err)
-{
-    switch (err) {
-    case ECONNRESET:
-    case EPIPE:
-        return QAbstractSocket::RemoteHostClosedError;
-    case ETIMEDOUT:
-        return QAbstractSocket::SocketTimeoutError;
-    case EHOSTUNREACH:
-    case ENETUNREACH:
-        return QAbstractSocket::NetworkError;
-    default:
-        return QAbstractSocket::UnknownSocketError;
-    }
-}
 } // namespace
 
 Connection::Connection(int descriptor, QObject* parent) : QObject(parent), m_fd(descriptor)
@@ -51,13 +37,22 @@ Connection::~Connection()
     closeNow();
 }
 
-QHostAddress Connection::localAddress() const
+QString Connection::localAddress() const
 {
     sockaddr_storage address = {};
     socklen_t length = sizeof(address);
     if (m_fd < 0 || ::getsockname(m_fd, reinterpret_cast<sockaddr*>(&address), &length) != 0)
         return {};
-    return QHostAddress(reinterpret_cast<const sockaddr*>(&address));
+    char text[INET6_ADDRSTRLEN] = {};
+    const char* written = nullptr;
+    if (address.ss_family == AF_INET) {
+        written = ::inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in&>(address).sin_addr, text, sizeof(text));
+    } else if (address.ss_family == AF_INET6) {
+        const in6_addr& v6 = reinterpret_cast<const sockaddr_in6&>(address).sin6_addr;
+        written = IN6_IS_ADDR_V4MAPPED(&v6) ? ::inet_ntop(AF_INET, &v6.s6_addr[12], text, sizeof(text))
+                                            : ::inet_ntop(AF_INET6, &v6, text, sizeof(text));
+    }
+    return written ? QString::fromLatin1(written) : QString();
 }
 
 void Connection::write(const QByteArray& bytes)

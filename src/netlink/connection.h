@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHostAddress>
 #include <QObject>
+#include <QString>
 
 class QSocketNotifier;
 
@@ -21,7 +21,9 @@ public:
     explicit Connection(int descriptor, QObject* parent = nullptr);
     ~Connection() override;
 
-    QHostAddress localAddress() const;
+    // The address the browser reached us on, as people write it: an IPv4 browser arrives on the
+    // dual-stack socket as ::ffff:a.b.c.d and shows as a.b.c.d; an IPv6 interface's scope is left out.
+    QString localAddress() const;
     // Queues bytes; they go out as the browser takes them.
     void write(const QByteArray& bytes);
     // After what was written: tells the browser the answer is complete and goes once it has taken it, or
@@ -34,7 +36,7 @@ signals:
     void arrived(const QByteArray& chunk);
     void readEnded();       // the browser will send nothing more
     void allWritten();      // every byte queued has gone to the system
-    void failed(int error); // a QAbstractSocket::SocketError number
+    void failed(int error); // a netlink::SocketError number
 
 private:
     void onReadable();

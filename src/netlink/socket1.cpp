@@ -1,15 +1,22 @@
 #include "netlink/socket1.h"
 
+#include "netlink/apptexts.h"
 #include "netlink/connection.h"
 #include "netlink/page.h"
 #include "platform/yieldgate.h"
 
-#include <QHostAddress>
-#include <QTcpServer>
+#include <QSocketNotifier>
 #include <QTimer>
 
+#include <cerrno>
 #include <deque>
 #include <functional>
+
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace netlink
@@ -20,33 +27,40 @@ namespace
 
 // After the system refuses to accept (out of descriptors), wait before trying again.
 constexpr int kAcceptRetryMs = 1000;
+// Connections the system completes and holds while a page is being served.
+constexpr int kBacklog = 50;
 
 const QByteArray kRequestEnd = QByteArrayLiteral("\r\n\r\n");
 
-// The address the browser reached us on, as people write it: an IPv4 client arrives on the
-// dual-stack socket as ::ffff:a.b.c.d.
-QString addressText(const QHostAddress& address)
+platform::Result failure(int err)
 {
-    bool isV4 = false;
-    const quint32 v4 = address.toIPv4Address(&isV4);
-    if (isV4)
-        return QHostAddress(v4).toString();
-    QHostAddress plain(address);
-    plain.setScopeId(QString());
-    return plain.toString();
+    return platform::Result::failure(socketError(err), qt_error_string(err));
 }
 
 } // namespace
 
 // Accepts connections and keeps their descriptors until each one's turn; a browser waiting costs no
 // memory here, the system holds what it sends.
-class NetLinkServer : public QTcpServer
+class NetLinkServer : public QObject
 {
 public:
-    using QTcpServer::QTcpServer;
-    ~NetLinkServer() override { dropWaiting(); }
+    using QObject::QObject;
+    ~NetLinkServer() override { close(); }
 
     std::function<void()> arrived;
+    // Accepting failed, out of descriptors say, and has paused; the argument is the error number.
+    std::function<void(int)> acceptFailed;
+
+    // Listens on every interface: IPv6 with IPv4 on the same socket, or IPv4 alone on a system
+    // without IPv6. Port 0 takes any free port.
+    platform::Result listen(quint16 port);
+    bool isListening() const { return m_fd >= 0; }
+    quint16 serverPort() const { return isListening() ? m_port : 0; }
+    // While paused, new connections wait in the system's queue.
+    void pauseAccepting() { setAccepting(false); }
+    void resumeAccepting() { setAccepting(true); }
+    // Stops listening and drops the waiting connections.
+    void close();
 
     bool hasWaiting() const { return !m_waiting.empty(); }
     int takeWaiting()
@@ -55,31 +69,107 @@ public:
         m_waiting.pop_front();
         return descriptor;
     }
-    void dropWaiting()
-    {
-        for (int descriptor : m_waiting)
-            ::close(descriptor);
-        m_waiting.clear();
-    }
 
-protected:
-    void incomingConnection(qintptr descriptor) override
+private:
+    void setAccepting(bool on)
     {
-        m_waiting.push_back(int(descriptor));
+        if (m_notifier)
+            m_notifier->setEnabled(on);
+    }
+    void acceptAll();
+
+    int m_fd = -1;
+    quint16 m_port = 0;
+    QSocketNotifier* m_notifier = nullptr;
+    std::deque<int> m_waiting;
+};
+
+platform::Result NetLinkServer::listen(quint16 port)
+{
+    bool v6 = true;
+    int fd = ::socket(AF_INET6, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (fd < 0 && errno == EAFNOSUPPORT) {
+        v6 = false;
+        fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    }
+    if (fd < 0)
+        return failure(errno);
+    // A port left in TIME_WAIT by the last run is bound again at once.
+    const int on = 1, off = 0;
+    ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+    sockaddr_storage address = {};
+    socklen_t length = sizeof(sockaddr_in);
+    if (v6) {
+        // Some systems default to IPv6 alone; IPv4 browsers arrive here too.
+        ::setsockopt(fd, IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof(off));
+        auto& any = reinterpret_cast<sockaddr_in6&>(address);
+        any.sin6_family = AF_INET6;
+        any.sin6_addr = in6addr_any;
+        any.sin6_port = htons(port);
+        length = sizeof(sockaddr_in6);
+    } else {
+        auto& any = reinterpret_cast<sockaddr_in&>(address);
+        any.sin_family = AF_INET;
+        any.sin_addr.s_addr = htonl(INADDR_ANY);
+        any.sin_port = htons(port);
+    }
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), length) != 0 || ::listen(fd, kBacklog) != 0 ||
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        const int err = errno;
+        ::close(fd);
+        return failure(err);
+    }
+    m_port = ntohs(v6 ? reinterpret_cast<const sockaddr_in6&>(address).sin6_port
+                      : reinterpret_cast<const sockaddr_in&>(address).sin_port);
+    m_fd = fd;
+    m_notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &NetLinkServer::acceptAll);
+    return platform::Result::success();
+}
+
+void NetLinkServer::close()
+{
+    if (m_notifier) {
+        // Not deleted at once: this may run inside its own signal.
+        m_notifier->setEnabled(false);
+        m_notifier->deleteLater();
+        m_notifier = nullptr;
+    }
+    if (m_fd >= 0)
+        ::close(m_fd);
+    m_fd = -1;
+    for (int descriptor : m_waiting)
+        ::close(descriptor);
+    m_waiting.clear();
+}
+
+void NetLinkServer::acceptAll()
+{
+    // Everything the system has queued is taken at once, paused or not, until the server closes.
+    while (isListening()) {
+        const int descriptor = ::accept4(m_fd, nullptr, nullptr, SOCK_CLOEXEC);
+        if (descriptor < 0) {
+            const int err = errno;
+            if (err == EINTR)
+                continue;
+            if (err != EAGAIN && err != EWOULDBLOCK) {
+                pauseAccepting();
+                if (acceptFailed)
+                    acceptFailed(socketError(err));
+            }
+            return;
+        }
+        m_waiting.push_back(descriptor);
         if (arrived)
             arrived();
     }
-
-private:
-    std::deque<int> m_waiting;
-};
+}
 
 Socket1::Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent)
     : QObject(parent), m_host(host), m_desktop(desktop), m_server(new NetLinkServer(this))
 {
-    m_server->setMaxPendingConnections(1);
     m_server->arrived = [this] { onNewConnection(); };
-    connect(m_server, &QTcpServer::acceptError, this, [this](QAbstractSocket::SocketError error) {
+    m_server->acceptFailed = [this](int error) {
         m_lastErrorCode = error;
         m_host.setStatus(errorText(error));
         m_host.startTimer2();
@@ -87,7 +177,7 @@ Socket1::Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent)
             if (m_server->isListening() && !m_client)
                 listenAgain();
         });
-    });
+    };
 }
 
 Socket1::~Socket1()
@@ -114,25 +204,45 @@ QString Socket1::errorText(int code)
     return kMWDSTxtError + QString::number(code);
 }
 
+QString Socket1::pageUrl() const
+{
+    // The first IPv4 address of an interface that is up, the loopback aside.
+    ifaddrs* interfaces = nullptr;
+    if (::getifaddrs(&interfaces) != 0)
+        return kWebUrl;
+    QString url = kWebUrl;
+    for (const ifaddrs* i = interfaces; i; i = i->ifa_next) {
+        if (!i->ifa_addr || i->ifa_addr->sa_family != AF_INET || !(i->ifa_flags & IFF_UP))
+            continue;
+        const in_addr address = reinterpret_cast<const sockaddr_in*>(i->ifa_addr)->sin_addr;
+        char text[INET_ADDRSTRLEN] = {};
+        if (ntohl(address.s_addr) >> 24 == IN_LOOPBACKNET || !::inet_ntop(AF_INET, &address, text, sizeof(text)))
+            continue;
+        url = QStringLiteral("http://%1:%2").arg(QLatin1String(text)).arg(Port());
+        break;
+    }
+    ::freeifaddrs(interfaces);
+    return url;
+}
+
 platform::Result Socket1::Listen()
 {
     if (m_server->isListening())
         return platform::Result::success();
-    if (!m_server->listen(QHostAddress::Any, m_port)) {
+    const platform::Result listening = m_server->listen(m_port);
+    if (!listening.ok()) {
         // Listening again at once would only fail again; the next Listen (the Connect button) retries.
-        m_lastErrorCode = m_server->serverError();
+        m_lastErrorCode = listening.code;
         m_host.setStatus(errorText(m_lastErrorCode));
         m_host.startTimer2();
-        return platform::Result::failure(m_lastErrorCode, m_server->errorString());
     }
-    return platform::Result::success();
+    return listening;
 }
 
 void Socket1::Close()
 {
     dropClient(true);
     m_server->close();
-    m_server->dropWaiting();
 }
 
 void Socket1::onNewConnection()
@@ -163,14 +273,14 @@ void Socket1::serveNext()
     const quint64 serial = m_serial;
     QTimer::singleShot(m_requestTimeoutMs, this, [this, serial] {
         if (m_client && serial == m_serial && !m_requestComplete)
-            Socket1_Error(QAbstractSocket::SocketTimeoutError);
+            Socket1_Error(SocketTimeoutError);
     });
 }
 
 void Socket1::Socket1_Connected()
 {
     m_host.setStatus(kMWDSTxtConnected);
-    m_host.ipnumber() = addressText(m_client->localAddress());
+    m_host.ipnumber() = m_client->localAddress();
 }
 
 void Socket1::Socket1_DataAvailable(const QByteArray& chunk)
@@ -192,7 +302,7 @@ void Socket1::requestEnded()
     // A browser may close its sending side as soon as its request has ended; the page still goes to
     // it. One that leaves before the end of its request has gone.
     if (!m_requestComplete)
-        Socket1_Error(QAbstractSocket::RemoteHostClosedError);
+        Socket1_Error(RemoteHostClosedError);
 }
 
 void Socket1::answer()

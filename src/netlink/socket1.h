@@ -1,10 +1,10 @@
 #pragma once
 
 #include "netlink/netlinkhost.h"
+#include "netlink/socketerror.h"
 #include "platform/desktop.h"
 #include "platform/result.h"
 
-#include <QAbstractSocket>
 #include <QByteArray>
 #include <QObject>
 #include <QPointer>
@@ -30,10 +30,9 @@ public:
     inline static const QString kMWDSTxtError = QStringLiteral("Net Link: Connection error! ");
 
     static constexpr quint16 kPort = 2000;
-    // Error numbers are those of QAbstractSocket::SocketError. The socket layer reports an unreachable
-    // host or network as a network error, and a refused bind or accept as an access error.
-    static constexpr int kErrPermission = QAbstractSocket::SocketAccessError;
-    static constexpr int kErrNoRoute = QAbstractSocket::NetworkError;
+    // An unreachable host or network is a network error, a refused bind or accept an access error.
+    static constexpr int kErrPermission = SocketAccessError;
+    static constexpr int kErrNoRoute = NetworkError;
 
     Socket1(NetLinkHost& host, platform::Desktop& desktop, QObject* parent = nullptr);
     ~Socket1() override;
@@ -55,6 +54,8 @@ public:
     void Close();
 
     bool isListening() const;
+    // The page's address for another device on the network; this machine's own when it has no other.
+    QString pageUrl() const;
     bool isServing() const { return !m_client.isNull(); }
     int LastErrorCode() const { return m_lastErrorCode; }
 

@@ -13,8 +13,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QHostAddress>
-#include <QNetworkInterface>
 #include <QSysInfo>
 #include <QUrl>
 
@@ -559,16 +557,8 @@ void Program::aboutme()
     about.qtVersion = QString::fromLatin1(qVersion());
     about.system = QSysInfo::prettyProductName();
     about.netLink = Aboutbox::kNetLinkOff;
-    if (m_socket1 && m_socket1->isListening()) {
-        // The address another device on the network opens; this machine's own when it has no other.
-        about.netLink = netlink::kWebUrl;
-        for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
-            if (address.protocol() == QAbstractSocket::IPv4Protocol && !address.isLoopback()) {
-                about.netLink = QStringLiteral("http://%1:%2").arg(address.toString()).arg(m_socket1->Port());
-                break;
-            }
-        }
-    }
+    if (m_socket1 && m_socket1->isListening())
+        about.netLink = m_socket1->pageUrl();
     m_s.dialogs.showModal(about);
 }
 

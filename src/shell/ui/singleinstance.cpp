@@ -3,15 +3,21 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QLocalServer>
-#include <QLocalSocket>
+#include <QSocketNotifier>
 #include <QStandardPaths>
 #include <QThread>
 
-#include <memory>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <functional>
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace shell::ui
@@ -21,10 +27,77 @@ namespace
 {
 constexpr int kWaitMs = 500;
 constexpr int kLockWaitMs = 5000;
-constexpr qint64 kMaxMessage = 64 * 1024; // many paths, never an unbounded read
+constexpr qsizetype kMaxMessage = 64 * 1024; // many paths, never an unbounded read
+constexpr int kBacklog = 50;
+
+// False when the path is longer than a socket address holds.
+bool socketAddress(const QByteArray& path, sockaddr_un& address)
+{
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (path.isEmpty() || size_t(path.size()) >= sizeof(address.sun_path))
+        return false;
+    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
+    return true;
+}
+
+// A later launch handing over its paths: read up to the '\0' that ends them, then closed.
+class Launch : public QObject
+{
+public:
+    Launch(int fd, QObject* parent, std::function<void(const QByteArray&)> received)
+        : QObject(parent), m_fd(fd), m_notifier(fd, QSocketNotifier::Read), m_received(std::move(received))
+    {
+        connect(&m_notifier, &QSocketNotifier::activated, this, &Launch::onReadable);
+    }
+    ~Launch() override { closeSocket(); }
+
+private:
+    void onReadable()
+    {
+        char chunk[4096];
+        const ssize_t n =
+            ::recv(m_fd, chunk, size_t(std::min<qsizetype>(sizeof(chunk), kMaxMessage - m_message.size())), 0);
+        if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR))
+            return;
+        if (n <= 0)
+            return end(); // gone before the end of its paths: nothing to open
+        m_message.append(chunk, n);
+        if (!m_message.endsWith('\0') && m_message.size() < kMaxMessage)
+            return;
+        m_message.chop(m_message.endsWith('\0') ? 1 : 0);
+        // Ended first: opening the paths may show a dialog and run events meanwhile.
+        end();
+        m_received(m_message);
+    }
+    void end()
+    {
+        closeSocket();
+        deleteLater();
+    }
+    void closeSocket()
+    {
+        if (m_fd < 0)
+            return;
+        m_notifier.setEnabled(false);
+        ::close(m_fd);
+        m_fd = -1;
+    }
+
+    int m_fd;
+    QSocketNotifier m_notifier;
+    QByteArray m_message;
+    std::function<void(const QByteArray&)> m_received;
+};
+
 } // namespace
 
 SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {}
+
+SingleInstance::~SingleInstance()
+{
+    stopListening();
+}
 
 QString SingleInstance::serverPath()
 {
@@ -64,42 +137,93 @@ bool SingleInstance::claim(const QStringList& paths)
 
 bool SingleInstance::forward(const QString& server, const QStringList& paths)
 {
-    QLocalSocket socket;
-    socket.connectToServer(server);
-    if (!socket.waitForConnected(kWaitMs))
+    sockaddr_un address;
+    if (!socketAddress(QFile::encodeName(server), address))
         return false;
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return false;
+    // Bounds the wait for a listener whose queue is full and for the paths to go out; a socket
+    // nobody listens on refuses at once.
+    const timeval wait = {kWaitMs / 1000, (kWaitMs % 1000) * 1000};
+    ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof(wait));
+    if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        ::close(fd);
+        return false;
+    }
     QStringList absolute;
     for (const QString& path : paths)
         absolute << QFileInfo(path).absoluteFilePath();
-    socket.write(absolute.join(QLatin1Char('\n')).toUtf8() + '\0');
-    socket.waitForBytesWritten(kWaitMs);
-    socket.disconnectFromServer();
+    const QByteArray message = absolute.join(QLatin1Char('\n')).toUtf8() + '\0';
+    const QDeadlineTimer patience(kWaitMs);
+    for (qsizetype sent = 0; sent < message.size() && !patience.hasExpired();) {
+        const ssize_t n = ::send(fd, message.constData() + sent, size_t(message.size() - sent), MSG_NOSIGNAL);
+        if (n < 0 && errno != EINTR)
+            break;
+        sent += std::max<ssize_t>(n, 0);
+    }
+    ::close(fd);
     return true;
 }
 
 void SingleInstance::listen(const QString& server)
 {
-    m_server = new QLocalServer(this);
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    const QByteArray path = QFile::encodeName(server);
+    sockaddr_un address;
+    if (!socketAddress(path, address))
+        return;
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return;
+    // The socket file takes the socket's mode: only this user may connect and hand paths over.
+    ::fchmod(fd, S_IRWXU);
     // Nobody answered on the socket (checked under the lock): one that is there was left by a program
     // that ended without removing it, and is ours to replace.
-    QLocalServer::removeServer(server);
-    m_server->listen(server);
-    connect(m_server, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket* client = m_server->nextPendingConnection()) {
-            auto buffer = std::make_shared<QByteArray>();
-            connect(client, &QLocalSocket::readyRead, client, [this, client, buffer] {
-                buffer->append(client->read(kMaxMessage - buffer->size()));
-                if (buffer->endsWith('\0') || buffer->size() >= kMaxMessage) {
-                    buffer->chop(buffer->endsWith('\0') ? 1 : 0);
-                    const QString text = QString::fromUtf8(*buffer);
-                    emit openRequested(text.isEmpty() ? QStringList() : text.split(QLatin1Char('\n')));
-                    client->disconnectFromServer();
-                }
-            });
-            connect(client, &QLocalSocket::disconnected, client, &QObject::deleteLater);
+    ::unlink(path.constData());
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        ::close(fd);
+        return;
+    }
+    m_fd = fd;
+    m_path = path;
+    if (::listen(fd, kBacklog) != 0)
+        return stopListening();
+    m_notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &SingleInstance::acceptLaunches);
+}
+
+void SingleInstance::acceptLaunches()
+{
+    for (;;) {
+        const int client = ::accept4(m_fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (client < 0) {
+            if (errno == EINTR)
+                continue;
+            // A socket that cannot accept (out of descriptors) would wake us without end.
+            if (errno != EAGAIN && errno != EWOULDBLOCK)
+                stopListening();
+            return;
         }
-    });
+        new Launch(client, this, [this](const QByteArray& message) {
+            const QString text = QString::fromUtf8(message);
+            emit openRequested(text.isEmpty() ? QStringList() : text.split(QLatin1Char('\n')));
+        });
+    }
+}
+
+void SingleInstance::stopListening()
+{
+    if (m_fd < 0)
+        return;
+    if (m_notifier) {
+        // Not deleted at once: this may run inside its own signal.
+        m_notifier->setEnabled(false);
+        m_notifier->deleteLater();
+        m_notifier = nullptr;
+    }
+    ::close(m_fd);
+    m_fd = -1;
+    ::unlink(m_path.constData());
 }
 
 } // namespace shell::ui

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QStringList>
 
-class QLocalServer;
+class QSocketNotifier;
 
 namespace shell::ui
 {
@@ -16,6 +17,7 @@ class SingleInstance : public QObject
 
 public:
     explicit SingleInstance(QObject* parent = nullptr);
+    ~SingleInstance() override;
 
     // Decides, under a lock that launches take in turn, whether this process is the one that runs: when
     // another answers, the paths go to it and the answer is false; otherwise this one listens (replacing
@@ -31,8 +33,13 @@ signals:
 private:
     bool forward(const QString& server, const QStringList& paths);
     void listen(const QString& server);
+    void acceptLaunches();
+    // Stops answering and removes the socket file, so that the next launch is the one that runs.
+    void stopListening();
 
-    QLocalServer* m_server = nullptr;
+    int m_fd = -1;
+    QSocketNotifier* m_notifier = nullptr;
+    QByteArray m_path;
 };
 
 } // namespace shell::ui
