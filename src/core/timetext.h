@@ -9,10 +9,11 @@ namespace core
 {
 
 // Text equality as the whole program compares: ignoring case. Most texts differ in length or match
-// exactly, so the slower caseless compare runs only for the rest.
+// exactly (rows share one copy of each text, so those are one and the same), so the slower caseless
+// compare runs only for the rest.
 inline bool sameText(const QString& a, const QString& b)
 {
-    return a.size() == b.size() && (a == b || a.compare(b, Qt::CaseInsensitive) == 0);
+    return a.size() == b.size() && (a.constData() == b.constData() || a == b || a.compare(b, Qt::CaseInsensitive) == 0);
 }
 
 // Decimal value of the leading number of a text; a text that starts with no number is 0. Digits past

@@ -7,12 +7,82 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QTreeView>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
 namespace clients::ui
 {
+
+namespace
+{
+
+// The bar between the client's list and the timesheet, painted in its own colours: one at rest, another
+// while it is dragged. (A style sheet would do the same at the price of a style of its own for the pane,
+// built as the window opens.)
+class Dragbar : public QSplitter
+{
+public:
+    using QSplitter::QSplitter;
+    QColor rest, dragged;
+
+protected:
+    QSplitterHandle* createHandle() override { return new Handle(orientation(), this); }
+
+private:
+    class Handle : public QSplitterHandle
+    {
+    public:
+        Handle(Qt::Orientation orientation, Dragbar* bar) : QSplitterHandle(orientation, bar), m_bar(bar) {}
+
+    protected:
+        void paintEvent(QPaintEvent*) override
+        {
+            QPainter(this).fillRect(rect(), m_pressed ? m_bar->dragged : m_bar->rest);
+        }
+        void mousePressEvent(QMouseEvent* event) override
+        {
+            m_pressed = true;
+            update();
+            QSplitterHandle::mousePressEvent(event);
+        }
+        void mouseReleaseEvent(QMouseEvent* event) override
+        {
+            m_pressed = false;
+            update();
+            QSplitterHandle::mouseReleaseEvent(event);
+        }
+
+    private:
+        Dragbar* m_bar;
+        bool m_pressed = false;
+    };
+};
+
+// A client's row with a rule under it.
+class RuledRows : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QColor rule;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::paint(painter, option, index);
+        painter->save();
+        painter->setPen(rule);
+        painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
+        painter->restore();
+    }
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 1);
+    }
+};
+
+} // namespace
 
 ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::AppPrefs& prefs, QWidget* listBox1,
                        QWidget* parent)
@@ -32,6 +102,7 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     m_clients->setColumnCount(1);
     m_clients->setFont(core::ui::listFont(prefs));
     m_clients->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_clients->setItemDelegate(new RuledRows(m_clients));
     leftLayout->addWidget(m_clients, 1);
     m_addClient = new QLabel(kAddClient, left);
     m_addClient->setObjectName(QStringLiteral("addClient2"));
@@ -43,7 +114,7 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     left->setMaximumWidth(ClientView::kClientWidthMax - 1);
     addWidget(left);
 
-    m_lists = new QSplitter(Qt::Vertical, this);
+    m_lists = new Dragbar(Qt::Vertical, this);
     m_lists->setObjectName(QStringLiteral("dragbar"));
     m_lists->setChildrenCollapsible(false);
     m_lists->setHandleWidth(6);
@@ -169,15 +240,13 @@ void ClientPane::paintColours()
                            QColor::fromRgb(dark ? ClientView::kClientRowDark : ClientView::kClientRowLight));
     clientPalette.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
     m_clients->setPalette(clientPalette);
-    const QColor rest = QColor::fromRgb(dark ? ClientView::kDragbarRestDark : ClientView::kDragbarRest);
-    const QColor dragged = QColor::fromRgb(dark ? ClientView::kDragbarDraggedDark : ClientView::kDragbarDragged);
-    m_lists->setStyleSheet(QStringLiteral("QSplitter::handle { background: %1; } QSplitter::handle:pressed { "
-                                          "background: %2; }")
-                               .arg(rest.name(), dragged.name()));
-    m_clients->setStyleSheet(QStringLiteral("QTreeWidget::item { border-bottom: 1px solid %1; }"
-                                            "QTreeWidget::item:selected { background: palette(highlight);"
-                                            " color: palette(highlighted-text); }")
-                                 .arg(dark ? QStringLiteral("#555555") : QStringLiteral("#B8C0C4")));
+    auto* bar = static_cast<Dragbar*>(m_lists);
+    bar->rest = QColor::fromRgb(dark ? ClientView::kDragbarRestDark : ClientView::kDragbarRest);
+    bar->dragged = QColor::fromRgb(dark ? ClientView::kDragbarDraggedDark : ClientView::kDragbarDragged);
+    for (int i = 0; i < bar->count(); ++i)
+        bar->handle(i)->update();
+    static_cast<RuledRows*>(m_clients->itemDelegate())->rule = QColor(dark ? 0x555555 : 0xB8C0C4);
+    m_clients->viewport()->update();
 }
 
 void ClientPane::changeEvent(QEvent* event)
