@@ -7,7 +7,7 @@ DEBS := cmake gcc g++ make pkg-config qt6-base-dev qt6-base-dev-tools qt6-5compa
         libbenchmark-dev qt6-qpa-plugins xvfb xauth khard dbus-daemon libxcb-screensaver0-dev \
         libwayland-dev wayland-protocols xdotool libreoffice-calc-nogui poppler-utils \
         librsvg2-bin cmark desktop-file-utils appstream shared-mime-info xdg-utils libfile-mimeinfo-perl \
-        dpkg-dev openbox tint2 imagemagick inotify-tools python3 python3-dbus python3-gi valgrind
+        dpkg-dev openbox tint2 imagemagick inotify-tools python3 python3-dbus python3-gi python3-xlib valgrind
 
 .PHONY: all deps configure build run test test-sanitize fuzz crashtest abuse soak bench format clean install deb debcheck mutants
 
@@ -96,6 +96,7 @@ mutants: deps
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+	xvfb-run -a -s "-screen 0 1280x800x24 -noreset" dbus-run-session /usr/bin/python3 bench/startup.py $(BUILD)
 
 # Installs into PREFIX (default /usr/local).
 PREFIX ?= /usr/local
