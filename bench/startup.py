@@ -3,8 +3,9 @@
 
     xvfb-run -a -s "-screen 0 1280x800x24 -noreset" dbus-run-session bench/startup.py build [RUNS] [ROWS,...]
 
-Each round starts, one after the other, the bare window (build/bench/bare_window), the program with no
-timesheet and the program with a timesheet of each size in ROWS (default 10000,100000; "" for none); the order turns
+Each round starts, one after the other, the bare window (build/bench/bare_window), a bare Qt window with
+what the start window shows (bare_window --start-window), the program with no timesheet and the program
+with a timesheet of each size in ROWS (default 10000,100000; "" for none); the order turns
 from round to round, so a slow minute of the machine falls on every subject alike. It times exec to the
 window mapped on the X server (watched as MapNotify on the root window: nothing inside the programs is
 involved) and reads the resident memory 3 s later. Prints the median and the spread of each subject and
@@ -107,7 +108,9 @@ def main():
     sizes = [int(n) for n in sys.argv[3].split(",") if n] if len(sys.argv) > 3 else [10000, 100000]
     program = os.path.join(build, "src", "veltrick")
     folder = tempfile.mkdtemp()
-    subjects = [("bare Qt window", [os.path.join(build, "bench", "bare_window")], "Bare window", 0),
+    bare = os.path.join(build, "bench", "bare_window")
+    subjects = [("bare Qt window", [bare], "Bare window", 0),
+                ("bare start window", [bare, "--start-window"], "Bare window", 0),
                 ("Veltrick, no timesheet", [program], None, 0)]
     for rows in sizes:
         path = os.path.join(folder, f"rows{rows}.vlk")
