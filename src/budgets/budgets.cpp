@@ -103,7 +103,12 @@ void Budgets::checkAll()
         totals[size_t(*job)] += row.minutes();
         gate.step();
     }
-    enum Mark : char { Unbudgeted, Within, Over };
+    enum Mark : char
+    {
+        Unbudgeted,
+        Within,
+        Over
+    };
     std::vector<Mark> marks(size_t(jobs.size()), Unbudgeted);
     for (int j = 0; j < jobs.size(); ++j) {
         const qint64 total = totals[size_t(j)];

@@ -1,5 +1,7 @@
 #include "shell/ui/singleinstance.h"
 
+#include "netlink/connection.h"
+
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <functional>
+#include <memory>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -40,55 +42,6 @@ bool socketAddress(const QByteArray& path, sockaddr_un& address)
     std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
     return true;
 }
-
-// A later launch handing over its paths: read up to the '\0' that ends them, then closed.
-class Launch : public QObject
-{
-public:
-    Launch(int fd, QObject* parent, std::function<void(const QByteArray&)> received)
-        : QObject(parent), m_fd(fd), m_notifier(fd, QSocketNotifier::Read), m_received(std::move(received))
-    {
-        connect(&m_notifier, &QSocketNotifier::activated, this, &Launch::onReadable);
-    }
-    ~Launch() override { closeSocket(); }
-
-private:
-    void onReadable()
-    {
-        char chunk[4096];
-        const ssize_t n =
-            ::recv(m_fd, chunk, size_t(std::min<qsizetype>(sizeof(chunk), kMaxMessage - m_message.size())), 0);
-        if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR))
-            return;
-        if (n <= 0)
-            return end(); // gone before the end of its paths: nothing to open
-        m_message.append(chunk, n);
-        if (!m_message.endsWith('\0') && m_message.size() < kMaxMessage)
-            return;
-        m_message.chop(m_message.endsWith('\0') ? 1 : 0);
-        // Ended first: opening the paths may show a dialog and run events meanwhile.
-        end();
-        m_received(m_message);
-    }
-    void end()
-    {
-        closeSocket();
-        deleteLater();
-    }
-    void closeSocket()
-    {
-        if (m_fd < 0)
-            return;
-        m_notifier.setEnabled(false);
-        ::close(m_fd);
-        m_fd = -1;
-    }
-
-    int m_fd;
-    QSocketNotifier m_notifier;
-    QByteArray m_message;
-    std::function<void(const QByteArray&)> m_received;
-};
 
 } // namespace
 
@@ -204,10 +157,22 @@ void SingleInstance::acceptLaunches()
                 stopListening();
             return;
         }
-        new Launch(client, this, [this](const QByteArray& message) {
-            const QString text = QString::fromUtf8(message);
+        // A later launch hands over its paths, ended by a '\0'; the connection is closed before they
+        // open, since opening may show a dialog and run events meanwhile.
+        auto* launch = new netlink::Connection(client, this);
+        auto message = std::make_shared<QByteArray>();
+        connect(launch, &netlink::Connection::arrived, this, [this, launch, message](const QByteArray& chunk) {
+            message->append(chunk.left(kMaxMessage - message->size()));
+            if (!message->endsWith('\0') && message->size() < kMaxMessage)
+                return;
+            message->chop(message->endsWith('\0') ? 1 : 0);
+            launch->abort();
+            const QString text = QString::fromUtf8(*message);
             emit openRequested(text.isEmpty() ? QStringList() : text.split(QLatin1Char('\n')));
         });
+        // Gone before the end of its paths: nothing to open.
+        connect(launch, &netlink::Connection::readEnded, launch, &netlink::Connection::abort);
+        connect(launch, &netlink::Connection::failed, launch, &netlink::Connection::abort);
     }
 }
 
