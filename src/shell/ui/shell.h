@@ -4,6 +4,7 @@
 #include "platform/qt/qtplatform.h"
 #include "shell/program.h"
 #include "shell/ui/statusviews.h"
+#include "shell/ui/trayicon.h"
 
 #include <QObject>
 #include <QPointer>
