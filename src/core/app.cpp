@@ -1,5 +1,6 @@
 #include "core/app.h"
 
+#include "core/screenfit.h"
 #include "core/texts.h"
 
 namespace core
@@ -103,7 +104,8 @@ void App::RestoreWindowSize(Mainwndo& window, int left, int top, int width, int 
             return;
         }
     }
-    window.geometry = QRect(); // the toolkit places it on the main screen at its first size
+    // As the message says: onto the main display, its size kept where the display is large enough.
+    window.geometry = fitOnScreens(QRect(left, top, width, height), screens.mid(0, 1));
     m_s.dialogs.message(kScreenMissing + QStringLiteral("\n\n") + kWindowMoved);
 }
 

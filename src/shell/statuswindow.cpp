@@ -47,6 +47,12 @@ void statuswindow::hide(bool park)
     emit changed();
 }
 
+bool statuswindow::besideWindow() const
+{
+    static const core::AppPrefs created;
+    return (Left == created.statusleft && Top == created.statusposition) || (Left == kParkedLeft && Top == kParkedTop);
+}
+
 void statuswindow::setOpacity(double value)
 {
     opacity = value;

@@ -78,6 +78,9 @@ public:
     void show();
     void hide(bool park);
     void setOpacity(double value);
+    // At the place a strip is made with, or parked, it stands beside the timesheet window's frame and
+    // follows it; a place the user drags it to is its own.
+    bool besideWindow() const;
     // The background by the run state and the desktop's appearance.
     void statusUpDateDark();
 

@@ -1,5 +1,6 @@
 // The program, its timesheet window and the document behind it, over files in memory and a fake clock.
 #include "core/app.h"
+#include "core/screenfit.h"
 #include "core/timetext.h"
 #include "storage/document.h"
 #include "storage/timesheet_file.h"
@@ -328,15 +329,39 @@ private slots:
         const QString moved = u"Previous display is not available.\n\nFor your convenience, the Timesheet window "
                               "has been moved to your main display."_s;
         const std::pair<QPoint, int> cases[] = {
-            {{10, 50}, 0}, {{1920, 1080}, 0}, {{2000, 100}, 1}, {{-3000, 100}, -1}}; // -1: the display is gone
+            {{10, 50}, 0}, {{1920, 1080}, 0}, {{2000, 100}, 1}, {{-3000, 100}, -1}, {{100, 3000}, -1}}; // -1: gone
         for (const auto& [topLeft, screen] : cases) {
             dialogs.messages.clear();
             app->windScreen = 7;
             app->RestoreWindowSize(*w, topLeft.x(), topLeft.y(), 600, 420);
             QCOMPARE(dialogs.messages, screen < 0 ? QStringList{moved} : QStringList());
             QCOMPARE(app->windScreen, screen < 0 ? 7 : screen);
-            QCOMPARE(w->geometry, screen < 0 ? QRect() : QRect(topLeft, QSize(600, 420)));
+            // A window whose display is gone comes onto the main one, at the edge nearest its old place.
+            const QPoint back = topLeft.x() < 0 ? QPoint(0, 100) : QPoint(100, 1080 - 420);
+            QCOMPARE(w->geometry, QRect(screen < 0 ? back : topLeft, QSize(600, 420)));
         }
+    }
+    // A place the screens of now do not show whole comes onto the one that shows most of it, or the
+    // nearest, shrunk to it where it is larger; a place shown whole stays.
+    void windowsComeBackOnScreen()
+    {
+        const QRect wide(0, 0, 1920, 1080), right(1920, 0, 1280, 1024), small(0, 30, 800, 570);
+        const struct
+        {
+            QRect wanted;
+            QList<QRect> screens;
+            QRect placed;
+        } cases[] = {
+            {{10, 50, 600, 420}, {wide, right}, {10, 50, 600, 420}},
+            {{10, 50, 1000, 600}, {small}, {0, 30, 800, 570}},             // stored on a larger screen
+            {{700, 100, 300, 200}, {small}, {500, 100, 300, 200}},         // over the right edge
+            {{1800, 100, 400, 300}, {wide, right}, {1920, 100, 400, 300}}, // most of it on the right screen
+            {{2500, 200, 600, 400}, {wide}, {1320, 200, 600, 400}},        // its monitor unplugged
+            {{-900, -700, 300, 200}, {wide, right}, {0, 0, 300, 200}},
+            {{2500, 200, 600, 400}, {}, {2500, 200, 600, 400}}, // no screen known: nothing to go by
+        };
+        for (const auto& c : cases)
+            QCOMPARE(core::fitOnScreens(c.wanted, c.screens), c.placed);
     }
     // An unexpected error is told, with the address to report it to or, without one, the version.
     void errorsAreReportedNotFatal()

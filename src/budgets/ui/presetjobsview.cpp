@@ -2,6 +2,7 @@
 
 #include "core/texts.h"
 #include "core/ui/jobcolumns.h"
+#include "core/ui/onscreen.h"
 
 #include <QGridLayout>
 #include <QHeaderView>
@@ -202,11 +203,12 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     connect(&form, &preSetJobsWin::rowsReset, this, &PresetJobsView::showRows);
 
     m_model->setDark(isDark(palette()));
-    // A window stored narrower than its headings need, as the first one is with a wide font, grows.
-    resize(std::max(form.Width, 406), std::max(form.Height, 299));
-    if (width() < widthForHeadings())
-        resize(widthForHeadings(), height());
-    move(form.Left, form.Top);
+    // A window stored narrower than its headings need, as the first one is with a wide font, grows;
+    // one that the screens of now cannot show whole comes onto them.
+    const QSize stored(std::max({form.Width, 406, widthForHeadings()}), std::max(form.Height, 299));
+    const QRect placed = core::ui::onScreen(QRect(QPoint(form.Left, form.Top), stored), true);
+    resize(placed.size());
+    move(placed.topLeft());
     showRows();
 }
 

@@ -21,8 +21,8 @@ namespace
 
 // Room around a cell's text: the view's margins and a little air.
 constexpr int kCellPadding = 7;
-// A client's name as long as most: twelve characters.
-const QString kTwelveLetterClient = QStringLiteral("Northwind Co");
+// A name as long as most clients', projects' and operations': twelve characters.
+const QString kTwelveLetters = QStringLiteral("Northwind Co");
 
 int fit(const QFontMetrics& metrics, const QString& text)
 {
@@ -39,9 +39,9 @@ int widestDate(const QFontMetrics& metrics, const QFontMetrics& bold)
     return std::max(widest, fit(metrics, Tr::MWDate));
 }
 
-} // namespace
-
-std::array<int, 7> jobColumnWidths(const QFont& font, int width)
+// What each column takes before project and operation give way: its usual content whole, and for
+// project and operation a letter and the ellipsis.
+std::array<int, 7> leastWidths(const QFont& font)
 {
     const QFontMetrics metrics(font);
     QFont boldFont = font;
@@ -52,13 +52,19 @@ std::array<int, 7> jobColumnWidths(const QFont& font, int width)
     std::array<int, 7> least{};
     least[CellDate] = widestDate(metrics, bold);
     least[CellJob] = fit(metrics, QStringLiteral("A100"));
-    // Project and operation are the first to give way, down to a letter and the ellipsis.
     least[CellProject] = letter + kCellPadding;
     least[CellHours] = std::max(fit(bold, QStringLiteral("100")), fit(metrics, Tr::MWHour));
     least[CellMinutes] = std::max(fit(bold, QStringLiteral("59")), fit(metrics, Tr::MWMin));
     least[CellOperation] = letter + kCellPadding;
-    least[CellClient] = fit(metrics, kTwelveLetterClient);
+    least[CellClient] = fit(metrics, kTwelveLetters);
+    return least;
+}
 
+} // namespace
+
+std::array<int, 7> jobColumnWidths(const QFont& font, int width)
+{
+    const std::array<int, 7> least = leastWidths(font);
     std::array<int, 7> widths = least;
     widths[CellDate] = std::max(least[CellDate], width * 12 / 100);
     widths[CellJob] = std::max(least[CellJob], width * 12 / 100);
@@ -104,12 +110,45 @@ JobColumns::JobColumns(QTreeView* list) : QObject(list), m_list(list), m_viewpor
     list->viewport()->installEventFilter(this);
 }
 
-void JobColumns::layout()
+int JobColumns::columnsWidth() const
 {
     // Room is always left for the vertical scroll bar, so that a list with few rows and one with many,
     // side by side, keep the same columns.
-    const int width = m_list->maximumViewportSize().width() - m_list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-    const std::array<int, 7> widths = jobColumnWidths(m_list->font(), width);
+    return m_list->maximumViewportSize().width() - m_list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+}
+
+int JobColumns::shortOfUsual() const
+{
+    const QFont font = m_list->font();
+    std::array<int, 7> usual = leastWidths(font);
+    const int twelve = fit(QFontMetrics(font), kTwelveLetters);
+    usual[CellProject] = twelve;
+    usual[CellOperation] = twelve;
+    for (int c = 0; c < int(usual.size()); ++c)
+        usual[size_t(c)] = std::max(usual[size_t(c)], m_list->header()->sectionSizeHint(c));
+    const auto shows = [&](int width) {
+        const std::array<int, 7> widths = jobColumnWidths(font, width);
+        for (size_t c = 0; c < widths.size(); ++c)
+            if (widths[c] < usual[c])
+                return false;
+        return true;
+    };
+    // Every column grows with the list, so the least width that shows them all is found by halving.
+    const int now = columnsWidth();
+    int enough = std::max(now, 1);
+    while (!shows(enough) && enough < (1 << 15))
+        enough *= 2;
+    int lacking = now;
+    while (enough - lacking > 1) {
+        const int middle = lacking + (enough - lacking) / 2;
+        (shows(middle) ? enough : lacking) = middle;
+    }
+    return shows(now) ? 0 : enough - now;
+}
+
+void JobColumns::layout()
+{
+    const std::array<int, 7> widths = jobColumnWidths(m_list->font(), columnsWidth());
     for (int c = 0; c < int(widths.size()); ++c)
         m_list->setColumnWidth(c, widths[size_t(c)]);
 }

@@ -34,11 +34,16 @@ class JobColumns : public QObject
 public:
     explicit JobColumns(QTreeView* list);
     void layout();
+    // How many pixels the list is short of showing every heading and its column's usual content whole,
+    // a project and an operation of twelve characters too; 0 when it shows them.
+    int shortOfUsual() const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    int columnsWidth() const;
+
     QTreeView* m_list;
     // Kept apart: the list's destructor sends its viewport events when it is no longer a scroll area.
     QObject* m_viewport;

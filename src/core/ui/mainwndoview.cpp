@@ -2,6 +2,7 @@
 
 #include "core/timetext.h"
 #include "core/ui/jobcolumns.h"
+#include "core/ui/onscreen.h"
 #include "core/ui/timesheetmodel.h"
 
 #include <QCloseEvent>
@@ -43,7 +44,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     for (int c = 7; c < kColumnCount; ++c)
         m_list->setColumnHidden(c, true);
     m_list->setFont(listFont(prefs));
-    new JobColumns(m_list);
+    m_columns = new JobColumns(m_list);
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
     layout->addWidget(m_list, 1);
@@ -112,13 +113,33 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     connect(&form, &Mainwndo::closing, this, &MainwndoView::keepGeometry);
 
     followAppearance();
-    // The saved place and size, found on a screen before the window is first shown; otherwise the
-    // window keeps the size it is made with and the desktop places it.
+    // The saved place and size; the desktop places a window that has none. Both are brought onto the
+    // screens when the window is first shown.
     if (form.geometry.isValid())
         setGeometry(form.geometry);
     else
         resize(Mainwndo::kCreatedWidth, Mainwndo::kCreatedHeight);
     refresh();
+}
+
+void MainwndoView::showEvent(QShowEvent* event)
+{
+    // The first show comes once the window's parts are laid out and before it is on the screen: the
+    // columns can be measured, and the window put in its place, without a visible jump.
+    if (!m_placed) {
+        m_placed = true;
+        QRect wanted = geometry();
+        // The size a window is made with was chosen for other fonts than the desktop's: a window still
+        // at that size is as wide as its headings and their usual contents need.
+        if (size() == QSize(Mainwndo::kCreatedWidth, Mainwndo::kCreatedHeight))
+            wanted.setWidth(width() + m_columns->shortOfUsual());
+        const QRect fitted = onScreen(wanted, true);
+        if (m_form.geometry.isValid())
+            setGeometry(fitted);
+        else
+            resize(fitted.size());
+    }
+    QMainWindow::showEvent(event);
 }
 
 void MainwndoView::refresh()

@@ -16,6 +16,7 @@ class QTreeView;
 namespace core::ui
 {
 
+class JobColumns;
 class TimesheetModel;
 
 // The main window on screen: shows the form's fields and passes clicks, keys and window events on.
@@ -45,6 +46,7 @@ protected:
     void changeEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void refresh();
@@ -60,6 +62,7 @@ private:
     Mainwndo& m_form;
     TimesheetModel* m_model;
     QTreeView* m_list;
+    JobColumns* m_columns;
     QLineEdit* m_notebox;
     QPushButton* m_runButton;
     QPushButton* m_njButton2;
@@ -68,6 +71,7 @@ private:
     QLabel* m_datastream;
     QProgressBar* m_dataprogress;
     bool m_closing = false;
+    bool m_placed = false; // brought onto the screens, at its first show
 };
 
 } // namespace core::ui

@@ -13,6 +13,13 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QUrl>
+#include <QtGui/qguiapplication_platform.h>
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
 
 namespace platform::qt
 {
@@ -151,6 +158,25 @@ void QtDesktop::processEvents()
 {
     // Repaints and timers may run; clicks and keys wait, so no command starts inside a walk.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void keepOffTaskbar(QWidget& window)
+{
+    auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* connection = x11 ? x11->connection() : nullptr;
+    if (!connection)
+        return;
+    const auto atom = [connection](const char* name) {
+        xcb_intern_atom_reply_t* reply =
+            xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, uint16_t(strlen(name)), name), nullptr);
+        const xcb_atom_t found = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+        free(reply);
+        return found;
+    };
+    const std::array<xcb_atom_t, 2> skip{atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(connection, XCB_PROP_MODE_APPEND, xcb_window_t(window.winId()), atom("_NET_WM_STATE"),
+                        XCB_ATOM_ATOM, 32, uint32_t(skip.size()), skip.data());
+    xcb_flush(connection);
 }
 
 } // namespace platform::qt

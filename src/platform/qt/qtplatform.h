@@ -74,4 +74,9 @@ private:
     DesktopActivity m_activity;
 };
 
+// Keeps a tool window off the task bar and the pager. On X11 it asks with _NET_WM_STATE_SKIP_TASKBAR and
+// _SKIP_PAGER before the window is first mapped (Qt keeps states it did not set itself); Wayland
+// compositors list no tool windows anyway.
+void keepOffTaskbar(QWidget& window);
+
 } // namespace platform::qt

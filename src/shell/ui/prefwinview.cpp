@@ -1,6 +1,7 @@
 #include "shell/ui/prefwinview.h"
 
 #include "core/texts.h"
+#include "core/ui/onscreen.h"
 #include "platform/qt/qtplatform.h"
 
 #include "core/ui/jobcolumns.h"
@@ -88,7 +89,7 @@ PrefwinView::PrefwinView(prefwin& form, const QStringList& fonts, QWidget* paren
 
     const QSize hint = sizeHint();
     setFixedSize(qMax(prefwin::Width, hint.width()), qMax(prefwin::Height, hint.height()));
-    move(m_form.Left, m_form.Top);
+    move(core::ui::onScreen(QRect(QPoint(m_form.Left, m_form.Top), size()), true).topLeft());
     // Ready for typing in the tab it opens on: the user's name, or a first operation for a new user.
     if (QWidget* first = m_tabs->currentIndex() == 0 ? m_EditField1 : m_tabs->currentIndex() == 1 ? m_newopp : nullptr)
         first->setFocus();

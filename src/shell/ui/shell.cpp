@@ -399,7 +399,7 @@ void Shell::showMainwndo(core::Mainwndo* form)
     connect(form, &core::Mainwndo::controlsChanged, this, &Shell::applyCommands);
     connect(form, &core::Mainwndo::selectionChanged, this, &Shell::applyCommands);
     addMenus(view->menuBar());
-    m_strip = new StatusWindowView(parts->strip, *form, m_program);
+    m_strip = new StatusWindowView(parts->strip, *form, m_program, view);
     // Made whether a tray is there or not: a panel that starts later (a login, a restart) gets it then.
     m_tray = std::make_unique<TrayIcon>(parts->menulet, m_program);
     applyCommands();

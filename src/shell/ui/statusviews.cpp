@@ -1,10 +1,14 @@
 #include "shell/ui/statusviews.h"
 
+#include "core/ui/contrast.h"
+#include "core/ui/onscreen.h"
+#include "platform/qt/qtplatform.h"
+
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QPushButton>
 
 namespace shell::ui
@@ -13,29 +17,29 @@ namespace shell::ui
 namespace
 {
 
-QColor rgb(unsigned value)
+// Beside a window's frame, never over it: to its right at the height of its title bar, else to its
+// left, below or above it; on a screen too small for any of those, over the foot of the window, away
+// from the buttons of its title bar.
+QRect besideFrame(const QRect& frame, const QSize& size)
 {
-    return QColor::fromRgb(value);
-}
-
-QColor dotColour(VLKMenulet::Image image)
-{
-    switch (image) {
-    case VLKMenulet::Image::StatusAvailable:
-        return rgb(0x1FB32E);
-    case VLKMenulet::Image::StatusPartiallyAvailable:
-        return rgb(0xF2C200);
-    case VLKMenulet::Image::StatusUnavailable:
-        break;
-    }
-    return rgb(0xE02020);
+    constexpr int kGap = 4;
+    const QRect places[] = {
+        {QPoint(frame.right() + 1 + kGap, frame.top()), size},
+        {QPoint(frame.left() - kGap - size.width(), frame.top()), size},
+        {QPoint(frame.left(), frame.bottom() + 1 + kGap), size},
+        {QPoint(frame.left(), frame.top() - kGap - size.height()), size},
+    };
+    for (const QRect& place : places)
+        if (core::ui::onScreen(place, false) == place)
+            return place;
+    return {QPoint(frame.right() - size.width(), frame.bottom() - size.height()), size};
 }
 
 } // namespace
 
-StatusWindowView::StatusWindowView(statuswindow& form, core::Mainwndo& window, Program& program)
+StatusWindowView::StatusWindowView(statuswindow& form, core::Mainwndo& window, Program& program, QWidget* beside)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint), m_form(form), m_formAlive(&form),
-      m_window(window), m_program(program)
+      m_window(window), m_program(program), m_beside(beside)
 {
     setObjectName(QStringLiteral("statuswindow"));
     setWindowTitle(core::Mainwndo::kAppTitle);
@@ -66,6 +70,10 @@ StatusWindowView::StatusWindowView(statuswindow& form, core::Mainwndo& window, P
     form.statusResize();
     connect(&form, &statuswindow::changed, this, &StatusWindowView::refresh);
     connect(&window, &core::Mainwndo::controlsChanged, this, &StatusWindowView::refresh);
+    // A strip in the task bar would read as a second timesheet window.
+    platform::qt::keepOffTaskbar(*this);
+    if (m_beside)
+        m_beside->installEventFilter(this);
     refresh();
 }
 
@@ -82,15 +90,33 @@ void StatusWindowView::refresh()
     m_run->setText(m_window.runButton.caption);
     m_run->setEnabled(m_window.runButton.enabled);
     QPalette palette = this->palette();
-    const QColor back = rgb(m_form.background);
+    const QColor back = QColor::fromRgb(m_form.background);
     palette.setColor(QPalette::Window, back);
-    palette.setColor(QPalette::WindowText, back.lightness() < 140 ? Qt::white : Qt::black);
+    palette.setColor(QPalette::WindowText, core::ui::readableOn(Qt::black, back)); // or the nearest grey that reads
     setPalette(palette);
     setWindowOpacity(m_form.opacity);
     setFixedSize(m_form.Width, sizeHint().height());
     if (!m_dragging)
-        move(m_form.Left, m_form.Top);
+        move(place());
     setVisible(m_form.visible);
+}
+
+QPoint StatusWindowView::place() const
+{
+    QRect wanted(QPoint(m_form.Left, m_form.Top), size());
+    if (m_form.besideWindow() && m_beside)
+        wanted = besideFrame(core::ui::frameOf(*m_beside), size());
+    return core::ui::onScreen(wanted, false).topLeft();
+}
+
+bool StatusWindowView::eventFilter(QObject* watched, QEvent* event)
+{
+    // Beside the timesheet window, the strip goes where the window goes.
+    const QEvent::Type type = event->type();
+    if (watched == m_beside && (type == QEvent::Move || type == QEvent::Resize || type == QEvent::Show) &&
+        m_form.besideWindow() && !m_dragging)
+        move(place());
+    return QWidget::eventFilter(watched, event);
 }
 
 void StatusWindowView::mousePressEvent(QMouseEvent* event)
@@ -129,77 +155,6 @@ void StatusWindowView::showSwitchMenu(const QPoint& at)
     }
     if (QAction* chosen = menu.exec(m_text->mapToGlobal(at)))
         m_program.switchJob(chosen->data().toInt());
-}
-
-TrayIcon::TrayIcon(VLKMenulet& form, Program& program, QObject* parent)
-    : QObject(parent), m_form(form), m_program(program)
-{
-    m_icon.setContextMenu(&m_menu);
-    connect(&m_form, &VLKMenulet::changed, this, &TrayIcon::refresh);
-    // While its menu is open the item shows the yellow dot.
-    connect(&m_menu, &QMenu::aboutToShow, this, [this] {
-        m_menuOpen = true;
-        refresh();
-    });
-    connect(&m_menu, &QMenu::aboutToHide, this, [this] {
-        m_menuOpen = false;
-        refresh();
-    });
-    connect(&m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger)
-            m_program.StatusItemHandler(VLKMenulet::kMLTTimesheet);
-    });
-    refresh();
-    m_icon.show();
-}
-
-QIcon TrayIcon::drawIcon(VLKMenulet::Image image)
-{
-    QIcon icon;
-    for (int size : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        const qreal edge = size / 16.0;
-        const QRectF face(edge, edge, size - 2 * edge, size - 2 * edge);
-        painter.setPen(QPen(QColor(0, 0, 0, 150), edge));
-        painter.setBrush(dotColour(image));
-        painter.drawEllipse(face);
-        // Clock hands at three o'clock, white so that they read on every dot; hands at ten past ten
-        // would read as a tick mark at tray size.
-        const QPointF centre = face.center();
-        painter.setPen(QPen(Qt::white, std::max<qreal>(1.5, size / 9.0), Qt::SolidLine, Qt::RoundCap));
-        painter.drawLine(centre, centre + QPointF(0, -size * 0.3));
-        painter.drawLine(centre, centre + QPointF(size * 0.22, 0));
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
-
-void TrayIcon::refresh()
-{
-    m_icon.setIcon(drawIcon(m_menuOpen ? VLKMenulet::Image::StatusPartiallyAvailable : m_form.image));
-    m_icon.setToolTip(m_form.trayToolTip());
-    if (m_menuOpen)
-        return; // the menu is not rebuilt under the pointer
-    // The chosen item is still being triggered when the menu hides and when its command changes the
-    // menu: the old items go once the event loop is back, not under QMenu's feet.
-    for (QAction* old : m_menu.actions()) {
-        m_menu.removeAction(old);
-        old->deleteLater();
-    }
-    for (const VLKMenulet::MenuItem& item : m_form.Menu) {
-        if (item.title.isEmpty()) {
-            m_menu.addSeparator();
-            continue;
-        }
-        QString text = item.title;
-        QAction* action = m_menu.addAction(text.replace(QLatin1Char('&'), QStringLiteral("&&")));
-        action->setEnabled(item.enabled);
-        const QString title = item.title;
-        connect(action, &QAction::triggered, this, [this, title] { m_program.StatusItemHandler(title); });
-    }
 }
 
 } // namespace shell::ui
