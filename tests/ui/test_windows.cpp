@@ -95,6 +95,19 @@ private slots:
     // The menu items follow the command state when it changes, not only when a menu opens: a greyed
     // item's key does nothing (a shortcut once opened the job dialog while a job was timing). The strip
     // shows markup in a job as text. Ctrl+click takes the highlight off, and the selection with it.
+    // A first timesheet window shows every heading whole, in the header's font.
+    void firstWindowShowsItsHeadings()
+    {
+        ui::MainwndoView* window = open({rig->row(QStringLiteral("A100"), 30)});
+        QVERIFY(window);
+        const QHeaderView* header = window->ListBox1()->header();
+        const int margins = 2 * header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+        for (int c = 0; c < 7; ++c) {
+            const QString heading = header->model()->headerData(c, Qt::Horizontal).toString();
+            QVERIFY2(header->sectionSize(c) >= header->fontMetrics().horizontalAdvance(heading) + margins,
+                     qPrintable(heading));
+        }
+    }
     void menusAndSelection()
     {
         ui::MainwndoView* window = open({rig->row(QStringLiteral("A100"), 30), rig->row("<b>B200</b>", 0)});
