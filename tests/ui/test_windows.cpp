@@ -1,5 +1,6 @@
 // The program's views where they hold logic of their own: list colours, menus that follow the command
 // state, the job dialog's fields, the report on paper; and one program per desktop session.
+#include "core/ui/contrast.h"
 #include "core/ui/mainwndoview.h"
 #include "core/ui/timesheetmodel.h"
 #include "jobs/ui/jobdialogview.h"
@@ -87,9 +88,65 @@ private slots:
         model.setDark(true);
         QCOMPARE((QList<QColor>{back(0, CellJob), back(1, CellJob), back(1, CellDate),
                                 text(0, CellJob).value<QBrush>().color()}),
-                 (QList<QColor>{{30, 30, 30}, {10, 10, 10}, {204, 51, 0}, {90, 90, 90}}));
+                 (QList<QColor>{{30, 30, 30}, {10, 10, 10}, {204, 51, 0}, {133, 133, 133}}));
         std::unique_ptr<QMimeData> data(model.mimeData({model.index(1, 3)}));
         QCOMPARE(data->data(QStringLiteral("text/plain")), QByteArray("11/21/26\tJ1\t\t01\t05\t\t\tx\t\r"));
+    }
+
+    // Every cell of the list reads at 4.5:1 or better as painted, light and dark: plain, noted and
+    // over-budget rows on both stripes and on a dark stripe of the user's, greyed, and with the running
+    // row highlighted in the disabled list; the status strip too, stopped and running.
+    void readableColours()
+    {
+        ui::MainwndoView* window =
+            open({rig->row("A1", 30), rig->row("B2", 30), rig->row("C3", 30), rig->row("D4", 30)});
+        QVERIFY(window);
+        QTreeView* list = window->ListBox1();
+        auto* model = static_cast<ui::TimesheetModel*>(list->model());
+        rig->w()->ListBox1.row(1).note = rig->w()->ListBox1.row(3).note = QStringLiteral("note");
+        rig->w()->ListBox1.row(2).budget = rig->w()->ListBox1.row(3).budget = kBudgetOver;
+        list->setCurrentIndex(model->index(0, 0));
+        const QPalette light = QApplication::palette();
+        QPalette dark(QColor(53, 53, 53)); // white text, a mid blue highlight, grey text when disabled
+        dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
+        dark.setColor(QPalette::Disabled, QPalette::Text, QColor(127, 127, 127));
+        const auto restore = qScopeGuard([&] { QApplication::setPalette(light); });
+        QStringList unreadable;
+        const auto check = [&](const QColor& text, const QColor& back, const QString& where) {
+            if (ui::contrastRatio(text, back) < ui::kMinContrast)
+                unreadable << where + ": " + text.name() + " on " + back.name();
+        };
+        for (const bool darkDesktop : {false, true}) {
+            QApplication::setPalette(darkDesktop ? dark : light);
+            rig->desktop.dark = darkDesktop;
+            for (const bool running : {false, true}) {
+                if (rig->w()->running != running)
+                    QTest::mouseClick(window->runButton(), Qt::LeftButton);
+                QVERIFY(rig->w()->running == running && list->isEnabled() == !running);
+                const QPalette strip = shell->strip()->palette(), colours = list->palette();
+                check(strip.color(QPalette::WindowText), strip.color(QPalette::Window), "strip");
+                const auto group = running ? QPalette::Disabled : QPalette::Active;
+                for (const QColor& stripe : {QColor(243, 246, 250), QColor(40, 40, 120)})
+                    for (const bool gray : {false, true}) {
+                        model->setStripe(stripe);
+                        model->setGray(gray);
+                        for (int r = 0; r < model->rowCount(); ++r)
+                            for (int c = 0; c < 7; ++c) {
+                                const QModelIndex i = model->index(r, c);
+                                const QVariant own = i.data(Qt::ForegroundRole); // else the list's own
+                                const bool lit = list->selectionModel()->isSelected(i);
+                                check(lit             ? colours.color(group, QPalette::HighlightedText)
+                                      : own.isValid() ? own.value<QBrush>().color()
+                                                      : colours.color(group, QPalette::Text),
+                                      lit ? colours.color(group, QPalette::Highlight)
+                                          : i.data(Qt::BackgroundRole).value<QBrush>().color(),
+                                      QString::asprintf("dark %d running %d stripe %s gray %d row %d cell %d",
+                                                        darkDesktop, running, qPrintable(stripe.name()), gray, r, c));
+                            }
+                    }
+            }
+        }
+        QVERIFY2(unreadable.isEmpty(), qPrintable(unreadable.join(u'\n')));
     }
 
     // The menu items follow the command state when it changes, not only when a menu opens: a greyed
@@ -164,6 +221,26 @@ private slots:
         const auto& cells = rig->w()->ListBox1.row(0).cells;
         QCOMPARE(QStringList(cells.begin(), cells.begin() + 6),
                  (QStringList{"11/22/26", "AB12", "Fence", "02", "59", "R&D"}));
+    }
+
+    // The tray icon shows the selected job's time, hours over minutes on the state's colour, and is drawn
+    // again when the minute or the state changes, not at every tick.
+    void trayIconTime()
+    {
+        using Image = shell::VLKMenulet::Image;
+        QVERIFY(open({rig->row(QStringLiteral("A100"), 65)}));
+        rig->w()->setListIndex(0);
+        shell::VLKMenulet& menulet = rig->program->window()->menulet;
+        QTRY_VERIFY(shell->tray()->icon() && menulet.Title == QStringLiteral("01:05")); // Qt's icon: no watcher
+        const qint64 drawn = shell->tray()->icon()->icon().cacheKey();
+        emit menulet.changed();
+        QCOMPARE(shell->tray()->icon()->icon().cacheKey(), drawn);
+        menulet.setImage(Image::StatusAvailable);
+        QVERIFY(shell->tray()->icon()->icon().cacheKey() != drawn);
+        const QImage icon = shell::ui::TrayIcon::drawIcon(Image::StatusAvailable, QStringLiteral("01:05"), 22);
+        QCOMPARE(icon.pixelColor(11, 0), QColor(0x1FB32E));
+        for (const char* other : {"01:06", "11:05", "--:--"})
+            QVERIFY(icon != shell::ui::TrayIcon::drawIcon(Image::StatusAvailable, other, 22));
     }
 
     // The report on PDF pages, read back with pdftotext: every page has its foot, page 1 its title, the

@@ -1,8 +1,10 @@
 #include "budgets/ui/presetjobsview.h"
 
 #include "core/texts.h"
+#include "core/ui/contrast.h"
 #include "core/ui/jobcolumns.h"
 #include "core/ui/onscreen.h"
+#include "core/ui/timesheetmodel.h"
 
 #include <QGridLayout>
 #include <QHeaderView>
@@ -21,9 +23,6 @@ namespace budgets::ui
 
 namespace
 {
-
-const QColor kEvenDark{102, 102, 102};
-const QColor kOddDark{153, 153, 153};
 
 QString cell(const storage::PresetJob& job, int column)
 {
@@ -70,14 +69,16 @@ QVariant PresetJobsModel::data(const QModelIndex& index, int role) const
         return {};
     if (role == Qt::DisplayRole)
         return cell(m_form.joblst[index.row()], index.column());
-    if (role == Qt::BackgroundRole) {
-        const bool even = index.row() % 2 == 0;
-        if (m_dark)
-            return even ? kEvenDark : kOddDark;
-        return even ? QColor(m_prefs.red, m_prefs.green, m_prefs.blue) : QColor(Qt::white);
-    }
+    // The stripes of the timesheet; the text, black or white by the appearance, shaded where it would
+    // not read on them.
+    const bool even = index.row() % 2 == 0;
+    using core::ui::TimesheetModel;
+    const QColor back = m_dark ? (even ? TimesheetModel::kEvenDark : TimesheetModel::kOddDark)
+                               : (even ? QColor(m_prefs.red, m_prefs.green, m_prefs.blue) : TimesheetModel::kOddLight);
+    if (role == Qt::BackgroundRole)
+        return back;
     if (role == Qt::ForegroundRole)
-        return QColor(Qt::black); // dark text on the light and the grey stripes alike
+        return core::ui::readableOn(m_dark ? Qt::white : Qt::black, back);
     if (role == Qt::TextAlignmentRole && index.column() >= 2 && index.column() <= 4)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     return {};

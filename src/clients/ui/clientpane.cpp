@@ -1,5 +1,6 @@
 #include "clients/ui/clientpane.h"
 
+#include "core/ui/contrast.h"
 #include "core/ui/jobcolumns.h"
 #include "core/ui/timesheetmodel.h"
 
@@ -221,6 +222,7 @@ void ClientPane::refresh()
 {
     m_listBox2->setVisible(m_w.ListBox2Ctl.visible);
     m_listBox2->setEnabled(m_w.ListBox2Ctl.enabled);
+    m_model->follow(*m_listBox2); // greyed while a job runs
     m_clients->setEnabled(m_w.clientlist2.enabled);
     m_addClient->setEnabled(m_w.addClient2.enabled);
     if (m_w.ListBox2Ctl.visible && m_lists->sizes().value(0) == 0) {
@@ -233,13 +235,14 @@ void ClientPane::refresh()
 void ClientPane::paintColours()
 {
     const bool dark = core::ui::TimesheetModel::isDark(palette());
-    m_model->setDark(dark);
+    m_listBox2->setPalette(core::ui::withReadableHighlight(palette()));
+    m_model->follow(*m_listBox2);
     // Every row, and the space below the last one, takes the list's colour.
-    QPalette clientPalette = m_clients->palette();
+    QPalette clientPalette = palette();
     clientPalette.setColor(QPalette::Base,
                            QColor::fromRgb(dark ? ClientView::kClientRowDark : ClientView::kClientRowLight));
     clientPalette.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
-    m_clients->setPalette(clientPalette);
+    m_clients->setPalette(core::ui::withReadableHighlight(clientPalette));
     auto* bar = static_cast<Dragbar*>(m_lists);
     bar->rest = QColor::fromRgb(dark ? ClientView::kDragbarRestDark : ClientView::kDragbarRest);
     bar->dragged = QColor::fromRgb(dark ? ClientView::kDragbarDraggedDark : ClientView::kDragbarDragged);

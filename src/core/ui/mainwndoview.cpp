@@ -1,6 +1,7 @@
 #include "core/ui/mainwndoview.h"
 
 #include "core/timetext.h"
+#include "core/ui/contrast.h"
 #include "core/ui/jobcolumns.h"
 #include "core/ui/onscreen.h"
 #include "core/ui/timesheetmodel.h"
@@ -151,6 +152,7 @@ void MainwndoView::refresh()
     palette.setColor(QPalette::Window, QColor::fromRgb(m_form.indecator));
     m_indecator->setPalette(palette);
     m_list->setEnabled(m_form.ListBox1Ctl.enabled);
+    m_model->follow(*m_list); // greyed while a job runs
     m_njButton2->setEnabled(m_form.njButton2.enabled);
     m_list->setVerticalScrollBarPolicy(m_form.ListBox1ScrollBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     m_model->setGray(m_form.listboxGray);
@@ -201,12 +203,13 @@ void MainwndoView::closeEvent(QCloseEvent* event)
 
 void MainwndoView::followAppearance()
 {
+    m_list->setPalette(withReadableHighlight(palette()));
+    m_model->follow(*m_list);
     const bool dark = TimesheetModel::isDark(palette());
-    m_model->setDark(dark);
     // The note strip keeps its own colours: pale yellow, or orange on a dark desktop, with grey text.
     QPalette strip = m_notebox->palette();
     strip.setColor(QPalette::Base, QColor::fromRgb(dark ? kStripBackDark : kStripBack));
-    strip.setColor(QPalette::Text, QColor::fromRgb(kStripText));
+    strip.setColor(QPalette::Text, readableOn(QColor::fromRgb(kStripText), strip.color(QPalette::Base)));
     m_notebox->setPalette(strip);
 }
 

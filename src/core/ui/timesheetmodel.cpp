@@ -1,7 +1,9 @@
 #include "core/ui/timesheetmodel.h"
 
 #include "core/texts.h"
+#include "core/ui/contrast.h"
 
+#include <QAbstractItemView>
 #include <QBrush>
 #include <QFont>
 #include <QMimeData>
@@ -46,11 +48,14 @@ QColor TimesheetModel::background(int row, int column) const
 
 QColor TimesheetModel::textColour(int row, int column) const
 {
+    QColor text = m_text;
     if (m_grayable && m_gray)
-        return m_dark ? kGrayTextDark : kGrayTextLight;
-    if (isOver(m_sheet.row(row), column))
-        return kOverText;
-    return {};
+        text = m_dark ? kGrayTextDark : kGrayTextLight;
+    else if (isOver(m_sheet.row(row), column))
+        text = kOverText;
+    // Any ground, the user's stripe too, keeps its colour; the text takes the nearest shade that reads on it.
+    const QColor shown = readableOn(text, background(row, column));
+    return shown == m_text ? QColor() : shown;
 }
 
 QVariant TimesheetModel::data(const QModelIndex& index, int role) const
@@ -150,6 +155,16 @@ void TimesheetModel::setDark(bool dark)
         return;
     m_dark = dark;
     repaintAll();
+}
+
+void TimesheetModel::follow(const QAbstractItemView& list)
+{
+    const QColor text = list.palette().color(list.isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::Text);
+    if (text != m_text) {
+        m_text = text;
+        repaintAll();
+    }
+    setDark(isDark(list.palette()));
 }
 
 void TimesheetModel::setGray(bool gray)

@@ -5,6 +5,7 @@
 #include <QAbstractTableModel>
 #include <QColor>
 
+class QAbstractItemView;
 class QPalette;
 
 namespace core::ui
@@ -18,10 +19,11 @@ class TimesheetModel : public QAbstractTableModel
     Q_OBJECT
 
 public:
-    // Paint colours of the lists.
+    // Paint colours of the lists. The texts on them are shaded where they would not read (see textColour);
+    // the dark stripes are dark enough that white text and a red budget mark both do.
     inline static const QColor kOddLight{255, 255, 255};
-    inline static const QColor kEvenDark{102, 102, 102};
-    inline static const QColor kOddDark{153, 153, 153};
+    inline static const QColor kEvenDark{44, 44, 44};
+    inline static const QColor kOddDark{60, 60, 60};
     inline static const QColor kEvenDarkGray{30, 30, 30};
     inline static const QColor kOddDarkGray{10, 10, 10};
     inline static const QColor kNoteLight{255, 255, 0};
@@ -53,6 +55,8 @@ public:
 
     void setStripe(const QColor& colour) { m_stripe = colour; }
     void setDark(bool dark);
+    // The appearance and the text colour of the list that shows the model, enabled or greyed.
+    void follow(const QAbstractItemView& list);
     void setGray(bool gray);
     void resetAll()
     {
@@ -62,7 +66,7 @@ public:
     void rowChanged(int row) { emit dataChanged(index(row, 0), index(row, columnCount() - 1)); }
 
     QColor background(int row, int column) const;
-    QColor textColour(int row, int column) const; // invalid: the palette's text colour
+    QColor textColour(int row, int column) const; // invalid: the list's own text colour
 
 private:
     void repaintAll();
@@ -72,6 +76,7 @@ private:
     QColor m_stripe{243, 246, 250};
     bool m_dark = false;
     bool m_gray = false;
+    QColor m_text{Qt::black}; // what the list paints where the model gives no colour
 };
 
 } // namespace core::ui
