@@ -372,7 +372,8 @@ def typing(d):
     path = sheet_of(d, [row(today(), "J1", 30, project="Typing")])
     window = open_sheet(d, path)
     strip = d.windows("Veltrick")
-    d.click(60, 340, window=window)  # Add New Client...
+    x, y, width, height = d.geometry(window)
+    d.click(60, height - 53, window=window)  # Add New Client..., above the run button's line
     new_window = lambda: [w for w in d.windows("Veltrick") if w not in strip]
     message = wait_for("the message about the new contacts group", new_window)[0]
     d.focus(message)
