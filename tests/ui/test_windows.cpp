@@ -282,6 +282,20 @@ private slots:
             }
         }
         QCOMPARE(rowsFound, 200);
+        // Half an inch of paper round the ink of page 1: 30 dots at 60 dots an inch.
+        QProcess::execute("pdftoppm", {"-png", "-r", "60", "-f", "1", "-l", "1", "-singlefile",
+                                       printer.outputFileName(), dir.filePath("page")});
+        const QImage page(dir.filePath("page.png"));
+        QRect ink;
+        for (int y = 0; y < page.height(); ++y)
+            for (int x = 0; x < page.width(); ++x)
+                ink |= qGray(page.pixel(x, y)) < 250 ? QRect(x, y, 1, 1) : QRect();
+        QVERIFY2(!ink.isEmpty() && QRect(30, 30, page.width() - 60, page.height() - 60).contains(ink),
+                 qPrintable(QStringLiteral("ink %1,%2 to %3,%4")
+                                .arg(ink.left())
+                                .arg(ink.top())
+                                .arg(ink.right())
+                                .arg(ink.bottom())));
     }
 
     // One program per user and desktop session: later launches hand their paths, made absolute, to the

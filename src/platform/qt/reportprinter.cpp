@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPrinter>
 
+#include <algorithm>
 #include <array>
 
 namespace platform::qt
@@ -15,6 +16,7 @@ namespace
 // Shares of the page's width, column by column: date, job number, project, time, operation, client.
 constexpr std::array<qreal, 6> kShares{0.12, 0.11, 0.27, 0.08, 0.18, 0.24};
 constexpr int kTextFlags = Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap;
+constexpr qreal kMinMargin = 12.7; // millimetres
 
 class Pages
 {
@@ -144,6 +146,12 @@ private:
 
 int paintReport(QPrinter& printer, const Report& report)
 {
+    // Half an inch of paper round the report, or the margins already set where they are wider: the
+    // printer's own, which it cannot print into, or the user's.
+    QMarginsF margins = printer.pageLayout().margins(QPageLayout::Millimeter);
+    margins = QMarginsF(std::max(margins.left(), kMinMargin), std::max(margins.top(), kMinMargin),
+                        std::max(margins.right(), kMinMargin), std::max(margins.bottom(), kMinMargin));
+    printer.setPageMargins(margins, QPageLayout::Millimeter);
     return Pages(printer, report).paint();
 }
 
