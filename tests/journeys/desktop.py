@@ -40,7 +40,7 @@ def fast_clock(start, factor):
 
 
 class Desktop:
-    def __init__(self, build, extra_env=None, screen="1280x800", shots=None, wrapper=()):
+    def __init__(self, build, extra_env=None, screen="1280x800", shots=None, wrapper=(), tray=True):
         self.build = os.path.abspath(build)
         self.wrapper = list(wrapper)  # a command the program runs under, such as valgrind
         self.program = os.path.join(self.build, "src", "veltrick")  # what start() runs: the test clock for some
@@ -78,13 +78,26 @@ class Desktop:
         # Debian's own Python, which has the bus bindings of python3-dbus.
         self.procs.append(self._spawn(["/usr/bin/python3", os.path.join(HERE, "notifyd.py"), self.notices]))
         self.procs.append(self._spawn(["openbox"]))
+        if tray:
+            self.start_tray()
+        wait_for("the notification service", lambda: os.path.exists(self.notices), 60)
+
+    def start_tray(self):
+        """The task bar with its XEmbed tray; a desktop made without it (tray=False) gets it later."""
         tint2 = self._spawn(["tint2", "-c", os.path.join(HERE, "tint2rc")])
         self.procs.append(tint2)
         # Generous: on a machine busy building, the desktop's parts can take a while to come up.
         wait_for("the task bar", lambda: self._xdotool("search", "--class", "tint2") or tint2.poll() is not None, 60)
         if tint2.poll() is not None:
             raise JourneyFailed("the task bar ended at its start (exit %d)" % tint2.returncode)
-        wait_for("the notification service", lambda: os.path.exists(self.notices), 60)
+
+    def start_watcher(self):
+        """A StatusNotifierWatcher (snwatcher.py): its process, and the file where it writes each item."""
+        log = os.path.join(self.work, "items-%d.jsonl" % time.time_ns())
+        watcher = self._spawn(["/usr/bin/python3", os.path.join(HERE, "snwatcher.py"), log])
+        self.procs.append(watcher)
+        wait_for("the StatusNotifierWatcher", lambda: os.path.exists(log), 60)
+        return watcher, log
 
     def _spawn(self, argv):
         return subprocess.Popen(argv, env=self.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -192,16 +205,17 @@ class Desktop:
         self._xdotool("mousemove", *where, str(x), str(y), "click", str(button))
         time.sleep(0.2)
 
+    def tray_icons(self):
+        """Centres of the program's icons in the task bar's tray: its small windows that the tray has mapped."""
+        centres = []
+        for window in self._xdotool("search", "--all", "--onlyvisible", "--pid", str(self.app.pid), "--name", "").split():
+            x, y, width, height = self.geometry(int(window))
+            if width <= 64 and height <= 64 and y < 64:
+                centres.append((x + width // 2, y + height // 2))
+        return centres
+
     def tray_icon(self):
-        """Centre of the program's icon in the task bar's tray: the only small window of the program that
-        the tray has mapped."""
-        def find():
-            for window in self._xdotool("search", "--all", "--onlyvisible", "--pid", str(self.app.pid), "--name", "").split():
-                x, y, width, height = self.geometry(int(window))
-                if width <= 64 and height <= 64 and y < 64:
-                    return x + width // 2, y + height // 2
-            return None
-        return wait_for("the tray icon", find, 15)
+        return wait_for("the tray icon", self.tray_icons, 15)[0]
 
     def screenshot(self, name):
         path = os.path.join(self.shots, name + ".png")

@@ -8,6 +8,7 @@ Screenshots go to BUILD_DIR/journeys/NAME-*.png.
 """
 import argparse
 import datetime
+import json
 import os
 import shlex
 import struct
@@ -479,6 +480,50 @@ def tray(d):
     quit_cleanly(d, ["ctrl+q"], window)
 
 
+@journey
+def late_tray(d):
+    """A tray that comes after the timesheet window still gets the item: an XEmbed tray started seconds
+    later takes the icon, whose menu works; a StatusNotifierWatcher started later still is told of the
+    item, which leaves the XEmbed tray, shows the job's time as its label, and runs Start from the menu
+    the watcher reads; a watcher that restarts is told again."""
+    path = sheet_of(d, [row(today(), "J1", 75, project="Late")])
+    window = open_sheet(d, path)
+    d.key("Down")
+    time.sleep(3)
+    check(not d.tray_icons(), "an icon with no tray")
+    d.start_tray()
+    run = lambda: d.sheet(path)["rows"][0]["run"]
+    for want in ("*", ""):
+        tray_choice(d, 1)  # Start, then Stop
+        wait_for("the file to say %r" % want, lambda: run() == want)
+        if want:
+            d.screenshot("late-tray-xembed")
+    watcher, log = d.start_watcher()
+    items = lambda: [json.loads(line) for line in open(log) if line.strip()]
+    item = wait_for("the item registered with the watcher", items)[0]
+    wait_for("the XEmbed icon to go", lambda: not d.tray_icons())
+    job = d.sheet(path)["rows"][0]
+    check((item["label"], item["guide"]) == ("%s:%s" % (job["hours"], job["minutes"]), "00:00"),
+          "the label reads %s beside %s:%s" % (item["label"], job["hours"], job["minutes"]))
+    check(any(20 <= w <= 24 and h == w and size == w * h * 4 and drawn for w, h, size, drawn in item["icons"]),
+          "no icon of tray size: %s" % item["icons"])
+    check(item["submenu"] == "submenu" and "Start" in item["menu"], "the menu reads %s" % item["menu"])
+    subprocess.run(["dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
+                    "/StatusNotifierWatcher", "org.veltrick.Journey.Click", "string:Start"], env=d.env, check=True,
+                   capture_output=True)
+    wait_for("the file to say running", lambda: run() == "*")
+    watcher.terminate()
+    watcher.wait()
+    watcher, log = d.start_watcher()
+    item = wait_for("the item registered with the new watcher", items)[0]
+    check("Stop" in item["menu"], "the menu of the running job reads %s" % item["menu"])
+    d.alive()
+    quit_cleanly(d, ["ctrl+q"], window)
+
+
+late_tray.desktop = {"tray": False}
+
+
 def main():
     parser = argparse.ArgumentParser()
     if sys.argv[1:] == ["--list"]:
@@ -489,7 +534,7 @@ def main():
     parser.add_argument("--wrap", default="", help="a command put before the program, such as valgrind")
     parser.add_argument("--keep", action="store_true", help="keep the desktop's folder")
     args = parser.parse_args()
-    d = Desktop(args.build, wrapper=shlex.split(args.wrap))
+    d = Desktop(args.build, wrapper=shlex.split(args.wrap), **getattr(JOURNEYS[args.name], "desktop", {}))
     failed = False
     try:
         JOURNEYS[args.name](d)
