@@ -23,6 +23,9 @@ namespace core::ui
 namespace
 {
 
+// Room on a title bar for its icon and buttons, in lines of the window's font.
+constexpr int kTitleBarControls = 8;
+
 void runDupitwndo(Dupitwndo& form, QWidget* parent)
 {
     QDialog dialog(parent);
@@ -71,6 +74,12 @@ void runTotalWindow(const QString& title, const QList<QPair<QString, QString>>& 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, &dialog);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     layout->addWidget(buttons);
+    // The title is long for so small a window: wide enough for the title bar to show it whole, in bold
+    // as title bars draw it, beside the bar's icon and buttons.
+    QFont bold = dialog.font();
+    bold.setBold(true);
+    dialog.setMinimumWidth(QFontMetrics(bold).horizontalAdvance(title) +
+                           kTitleBarControls * dialog.fontMetrics().height());
     dialog.adjustSize();
     if (QScreen* screen = QGuiApplication::primaryScreen()) {
         const QRect area = screen->geometry();
