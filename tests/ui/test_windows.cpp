@@ -291,11 +291,7 @@ private slots:
             for (int x = 0; x < page.width(); ++x)
                 ink |= qGray(page.pixel(x, y)) < 250 ? QRect(x, y, 1, 1) : QRect();
         QVERIFY2(!ink.isEmpty() && QRect(30, 30, page.width() - 60, page.height() - 60).contains(ink),
-                 qPrintable(QStringLiteral("ink %1,%2 to %3,%4")
-                                .arg(ink.left())
-                                .arg(ink.top())
-                                .arg(ink.right())
-                                .arg(ink.bottom())));
+                 qPrintable(QString::asprintf("ink %d,%d to %d,%d", ink.left(), ink.top(), ink.right(), ink.bottom())));
     }
 
     // One program per user and desktop session: later launches hand their paths, made absolute, to the
