@@ -149,9 +149,6 @@ private slots:
         QVERIFY2(unreadable.isEmpty(), qPrintable(unreadable.join(u'\n')));
     }
 
-    // The menu items follow the command state when it changes, not only when a menu opens: a greyed
-    // item's key does nothing (a shortcut once opened the job dialog while a job was timing). The strip
-    // shows markup in a job as text. Ctrl+click takes the highlight off, and the selection with it.
     // A first timesheet window shows every heading whole, in the header's font.
     void firstWindowShowsItsHeadings()
     {
@@ -165,6 +162,10 @@ private slots:
                      qPrintable(heading));
         }
     }
+
+    // The menu items follow the command state when it changes, not only when a menu opens: a greyed
+    // item's key does nothing (a shortcut once opened the job dialog while a job was timing). The strip
+    // shows markup in a job as text. Ctrl+click takes the highlight off, and the selection with it.
     void menusAndSelection()
     {
         ui::MainwndoView* window = open({rig->row(QStringLiteral("A100"), 30), rig->row("<b>B200</b>", 0)});
