@@ -188,10 +188,8 @@ Q_DECLARE_METATYPE(shell::MenuEvent)
 namespace shell
 {
 
-using Pixmaps = QList<StatusNotifierItem::Pixmap>;
-using MenuItemPropertiesList = QList<MenuItemProperties>;
-using MenuItemRemovedList = QList<MenuItemRemoved>;
-using MenuEvents = QList<MenuEvent>;
+// The adaptors spell their argument types out in full: QtDBus finds a type by the name it is declared
+// with, and an alias's name is not the registered one.
 
 // org.kde.StatusNotifierItem over the item.
 class ItemAdaptor : public QDBusAbstractAdaptor
@@ -203,7 +201,7 @@ class ItemAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(QString Title READ title)
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(QString IconName READ iconName)
-    Q_PROPERTY(shell::Pixmaps IconPixmap READ iconPixmap)
+    Q_PROPERTY(QList<shell::StatusNotifierItem::Pixmap> IconPixmap READ iconPixmap)
     Q_PROPERTY(shell::ToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menu)
@@ -218,7 +216,7 @@ public:
     QString title() const { return StatusNotifierItem::kTitle; }
     QString status() const { return QStringLiteral("Active"); }
     QString iconName() const { return {}; } // the icon is drawn: it carries the time
-    Pixmaps iconPixmap() const { return m_item.m_icon; }
+    QList<StatusNotifierItem::Pixmap> iconPixmap() const { return m_item.m_icon; }
     ToolTip toolTip() const
     {
         // The clock as the title, the job and any notice under it.
@@ -273,9 +271,9 @@ public slots:
                 layout.children.append({id, m_item.properties(id, propertyNames), {}});
         return m_item.m_revision;
     }
-    shell::MenuItemPropertiesList GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames)
+    QList<shell::MenuItemProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames)
     {
-        MenuItemPropertiesList items;
+        QList<MenuItemProperties> items;
         for (int id : ids)
             if (id == 0 || m_item.isMenuItem(id))
                 items.append({id, m_item.properties(id, propertyNames)});
@@ -286,7 +284,7 @@ public slots:
         return QDBusVariant(m_item.properties(id, {name}).value(name));
     }
     void Event(int id, const QString& eventId, const QDBusVariant&, uint) { m_item.menuEvent(id, eventId); }
-    QList<int> EventGroup(const shell::MenuEvents& events)
+    QList<int> EventGroup(const QList<shell::MenuEvent>& events)
     {
         QList<int> unknown;
         for (const MenuEvent& event : events) {
@@ -309,8 +307,8 @@ public slots:
 
 signals:
     void LayoutUpdated(uint revision, int parent);
-    void ItemsPropertiesUpdated(const shell::MenuItemPropertiesList& updatedProps,
-                                const shell::MenuItemRemovedList& removedProps);
+    void ItemsPropertiesUpdated(const QList<shell::MenuItemProperties>& updatedProps,
+                                const QList<shell::MenuItemRemoved>& removedProps);
 
 private:
     StatusNotifierItem& m_item;
@@ -345,15 +343,15 @@ void StatusNotifierItem::start()
         return;
     }
     qDBusRegisterMetaType<Pixmap>();
-    qDBusRegisterMetaType<Pixmaps>();
+    qDBusRegisterMetaType<QList<Pixmap>>();
     qDBusRegisterMetaType<ToolTip>();
     qDBusRegisterMetaType<MenuItemProperties>();
-    qDBusRegisterMetaType<MenuItemPropertiesList>();
+    qDBusRegisterMetaType<QList<MenuItemProperties>>();
     qDBusRegisterMetaType<MenuItemRemoved>();
-    qDBusRegisterMetaType<MenuItemRemovedList>();
+    qDBusRegisterMetaType<QList<MenuItemRemoved>>();
     qDBusRegisterMetaType<MenuLayout>();
     qDBusRegisterMetaType<MenuEvent>();
-    qDBusRegisterMetaType<MenuEvents>();
+    qDBusRegisterMetaType<QList<MenuEvent>>();
     bus.registerObject(kItemPath, this);
     bus.registerObject(kMenuPath, &m_menuObject);
     bus.registerService(m_service);
@@ -414,7 +412,7 @@ void StatusNotifierItem::sync()
         emit m_menuAdaptor->LayoutUpdated(++m_revision, 0);
         return;
     }
-    MenuItemPropertiesList changed;
+    QList<MenuItemProperties> changed;
     for (int i = 0; i < old.size(); ++i)
         if (old[i] != m_menu[i])
             changed.append({i + 1, properties(i + 1)});
