@@ -496,8 +496,7 @@ def late_tray(d):
     for want in ("*", ""):
         tray_choice(d, 1)  # Start, then Stop
         wait_for("the file to say %r" % want, lambda: run() == want)
-        if want:
-            d.screenshot("late-tray-xembed")
+        d.screenshot("late-tray-" + ("running" if want else "stopped"))
     watcher, log = d.start_watcher()
     items = lambda: [json.loads(line) for line in open(log) if line.strip()]
     item = wait_for("the item registered with the watcher", items)[0]
@@ -510,7 +509,7 @@ def late_tray(d):
     check(item["submenu"] == "submenu" and "Start" in item["menu"], "the menu reads %s" % item["menu"])
     subprocess.run(["dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
                     "/StatusNotifierWatcher", "org.veltrick.Journey.Click", "string:Start"], env=d.env, check=True,
-                   capture_output=True)
+                   stdout=subprocess.DEVNULL)
     wait_for("the file to say running", lambda: run() == "*")
     watcher.terminate()
     watcher.wait()
