@@ -135,6 +135,13 @@ public:
     inline static const QString kTheDots = QStringLiteral(":");
     inline static const QString kDay = QStringLiteral("Day");
     inline static const QString kNoChoice = QStringLiteral("-- --");
+    // What a screen reader calls the controls that have no label of their own.
+    inline static const QString kDateLater = QStringLiteral("Next Day");
+    inline static const QString kDateEarlier = QStringLiteral("Previous Day");
+    inline static const QString kJobChoices = QStringLiteral("Preset Job choices");
+    inline static const QString kJobChoicesKey = QStringLiteral("Alt+Down shows the preset jobs");
+    inline static const QString kHours = QStringLiteral("Hours");
+    inline static const QString kMinutes = QStringLiteral("Minutes");
 
     inline static const QString kDaySunday = QStringLiteral("Sun");
     inline static const QString kDayMonday = QStringLiteral("Mon");

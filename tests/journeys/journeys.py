@@ -189,15 +189,14 @@ def add_job(d, job, project, user=None):
     d.key("ctrl+j")
     dialog = wait_for("the job dialog", lambda: [w for w in d.windows("Veltrick") if d.geometry(w)[3] > 300])[0]
     d.type(job)
-    d.key("Tab", "Tab")  # past the preset menu's button to Project
+    d.key("Tab")  # on to Project: the preset menu's button is Alt+Down away, not a Tab stop
     d.type(project)
     d.key("Tab", "Tab", "space", "Up", "Return")  # past Client to the Operation menu, its last operation
     if user is not None:
         d.key("Tab", "ctrl+a")  # the user's name, filled in from the settings
         d.type(user)
     d.screenshot("job-dialog")
-    x, y, width, height = d.geometry(dialog)
-    d.click(width - 50, height - 27, window=dialog)  # OK
+    d.key("Return")  # OK, from a field or from the closed menu alike
     wait_for("the job dialog to close", lambda: dialog not in d.windows("Veltrick"))
 
 

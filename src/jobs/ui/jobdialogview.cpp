@@ -58,6 +58,8 @@ QChar keyCharacter(const QKeyEvent* key)
         return QChar(31);
     case Qt::Key_Delete:
         return QChar(127);
+    case Qt::Key_Escape:
+        return QChar(); // the window's key: Cancel
     default:
         break;
     }
@@ -89,27 +91,31 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
 
     auto* grid = new QGridLayout;
     int line = 0;
-    auto label = [&](const QString& text) {
+    // The label names its field for a screen reader as well as on screen.
+    auto label = [&](const QString& text, QWidget* field) {
         auto* l = new QLabel(text, this);
         l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        l->setBuddy(field);
         grid->addWidget(l, line, 0);
     };
 
-    label(Tr::DateLabel);
     auto* dateRow = new QHBoxLayout;
     m_dateField = new QLineEdit(this);
     m_dateField->setObjectName(QStringLiteral("dateField"));
+    label(Tr::DateLabel, m_dateField);
     m_dateField->setMaximumWidth(m_dateField->fontMetrics().horizontalAdvance(QStringLiteral("00/00/0000")) + 16);
     auto* arrows = new QVBoxLayout;
     arrows->setSpacing(0);
     m_dateUp = new QToolButton(this);
     m_dateUp->setArrowType(Qt::UpArrow);
+    m_dateUp->setAccessibleName(specialw::kDateLater);
     m_dateDown = new QToolButton(this);
     m_dateDown->setArrowType(Qt::DownArrow);
+    m_dateDown->setAccessibleName(specialw::kDateEarlier);
     for (QToolButton* arrow : {m_dateUp, m_dateDown}) {
         arrow->setAutoRepeat(true);
         arrow->setFixedSize(18, 12);
-        arrow->setFocusPolicy(Qt::NoFocus);
+        arrow->setFocusPolicy(Qt::NoFocus); // Up and Down in the date field do the same
         arrows->addWidget(arrow);
     }
     m_dateDay = new QLabel(this);
@@ -119,45 +125,58 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
     dateRow->addStretch();
     grid->addLayout(dateRow, line++, 1);
 
-    label(specialw::kJobNo);
     auto* jobRow = new QHBoxLayout;
     m_enterjob = new QLineEdit(this);
     m_enterjob->setObjectName(QStringLiteral("enterjob"));
     m_enterjob->setPlaceholderText(specialw::kNoChoice);
+    m_enterjob->setAccessibleDescription(specialw::kJobChoicesKey);
+    label(specialw::kJobNo, m_enterjob);
     m_choosejob = new QToolButton(this);
     m_choosejob->setText(kChooseJobArrow);
+    m_choosejob->setAccessibleName(specialw::kJobChoices);
+    // Tab goes from the job number straight on to the project, as past a combo box's arrow: the field
+    // opens the menu with Alt+Down, and a click on the arrow leaves the focus in the field.
+    m_choosejob->setFocusPolicy(Qt::NoFocus);
     m_choosejob->setPopupMode(QToolButton::InstantPopup);
     m_choosejob->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; }"));
     jobRow->addWidget(m_enterjob);
     jobRow->addWidget(m_choosejob);
     grid->addLayout(jobRow, line++, 1);
 
-    label(specialw::kProject);
     m_enterclient = new QLineEdit(this);
     m_enterclient->setObjectName(QStringLiteral("enterclient"));
+    label(specialw::kProject, m_enterclient);
     grid->addWidget(m_enterclient, line++, 1);
 
-    label(specialw::kClient);
+    // The two menus show their choice as their caption: the label is their name, the choice its value.
+    // Return on them presses the default button, as on a closed combo box; Space opens them.
     m_popupclnt = new QPushButton(this);
     m_popupclnt->setObjectName(QStringLiteral("popupclnt"));
+    m_popupclnt->setAccessibleName(specialw::kClient);
+    m_popupclnt->setAutoDefault(false);
+    label(specialw::kClient, m_popupclnt);
     grid->addWidget(m_popupclnt, line++, 1);
 
-    label(specialw::kOperation);
     m_popup = new QPushButton(this);
     m_popup->setObjectName(QStringLiteral("popup"));
+    m_popup->setAccessibleName(specialw::kOperation);
+    m_popup->setAutoDefault(false);
+    label(specialw::kOperation, m_popup);
     grid->addWidget(m_popup, line++, 1);
 
-    label(specialw::kUser);
     m_nmepopup = new QLineEdit(this);
     m_nmepopup->setObjectName(QStringLiteral("nmepopup"));
+    label(specialw::kUser, m_nmepopup);
     grid->addWidget(m_nmepopup, line++, 1);
 
-    label(Tr::TotalTime);
     auto* timeRow = new QHBoxLayout;
     m_sphrs = new QLineEdit(this);
     m_sphrs->setObjectName(QStringLiteral("sphrs"));
+    m_sphrs->setAccessibleName(specialw::kHours);
+    label(Tr::TotalTime, m_sphrs);
     m_spmin = new QLineEdit(this);
     m_spmin->setObjectName(QStringLiteral("spmin"));
+    m_spmin->setAccessibleName(specialw::kMinutes);
     const int digitWidth = m_sphrs->fontMetrics().horizontalAdvance(QStringLiteral("000")) + 16;
     for (QLineEdit* time : {m_sphrs, m_spmin}) {
         time->setAlignment(Qt::AlignRight);
@@ -171,9 +190,11 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
     grid->setColumnStretch(1, 1);
     layout->addLayout(grid);
 
-    layout->addWidget(new QLabel(Tr::MWButtonNote, this));
+    auto* notesLabel = new QLabel(Tr::MWButtonNote, this);
+    layout->addWidget(notesLabel);
     m_notes = new QPlainTextEdit(this);
     m_notes->setObjectName(QStringLiteral("NotesArea"));
+    notesLabel->setBuddy(m_notes);
     m_notes->setTabChangesFocus(true);
     m_notes->setMinimumHeight(m_notes->fontMetrics().height() * 4);
     layout->addWidget(m_notes);
@@ -236,6 +257,7 @@ specialwView::specialwView(specialw& form, QWidget* parent) : QDialog(parent), m
     m_sphrs->installEventFilter(this);
     m_spmin->installEventFilter(this);
     m_enterjob->installEventFilter(this);
+    m_dateField->installEventFilter(this);
 
     connect(&m_form, &specialw::changed, this, &specialwView::refresh);
     connect(&m_form, &specialw::closeRequested, this,
@@ -288,7 +310,9 @@ void specialwView::refresh()
     showText(m_enterjob, m_form.enterjob, specialw::kEnterjobLimit);
     showText(m_enterclient, m_form.enterclient, specialw::kEnterclientLimit);
     m_popupclnt->setText(buttonCaption(m_form.popupclnt.caption));
+    m_popupclnt->setAccessibleDescription(fromMenuText(m_form.popupclnt.caption));
     m_popup->setText(buttonCaption(m_form.popup.caption));
+    m_popup->setAccessibleDescription(fromMenuText(m_form.popup.caption));
     showText(m_nmepopup, m_form.nmepopup, specialw::kNmepopupLimit);
     showText(m_sphrs, m_form.sphrs, specialw::kSphrsLimit);
     showText(m_spmin, m_form.spmin, specialw::kSpminLimit);
@@ -328,6 +352,19 @@ bool specialwView::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_enterjob && event->type() == QEvent::FocusIn)
         m_form.enterjob_GotFocus();
+    if ((watched == m_enterjob || watched == m_dateField) && event->type() == QEvent::KeyPress) {
+        // The keys of a combo box and of a spin box reach the buttons that Tab passes by.
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool altDown = key->key() == Qt::Key_Down && key->modifiers() & Qt::AltModifier;
+        if (watched == m_enterjob && (altDown || key->key() == Qt::Key_F4)) {
+            m_choosejob->showMenu();
+            return true;
+        }
+        if (watched == m_dateField && (key->key() == Qt::Key_Up || key->key() == Qt::Key_Down)) {
+            (key->key() == Qt::Key_Up ? m_dateUp : m_dateDown)->click();
+            return true;
+        }
+    }
     if ((watched == m_sphrs || watched == m_spmin) && event->type() == QEvent::KeyPress) {
         const QChar key = keyCharacter(static_cast<QKeyEvent*>(event));
         if (!key.isNull())
