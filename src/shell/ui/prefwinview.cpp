@@ -8,7 +8,6 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QComboBox>
 
 #include <QColorDialog>
@@ -147,6 +146,7 @@ QWidget* PrefwinView::buildGeneral()
     net->addStretch();
     form->addRow(net);
     form->addRow(m_statusshow);
+    setTabOrder(m_netconnect, m_restartWeb); // it stands beside Net Link, before the status window's box
 
     auto* slider = new QHBoxLayout;
     m_Slider1 = named(new QSlider(Qt::Horizontal, page), QStringLiteral("Slider1"));
@@ -159,7 +159,9 @@ QWidget* PrefwinView::buildGeneral()
     m_Transvalue->setMinimumWidth(m_Transvalue->fontMetrics().horizontalAdvance(QStringLiteral("100%")) + 4);
     slider->addWidget(m_Slider1);
     slider->addWidget(m_Transvalue);
-    form->addRow(prefwin::kPrefWinTrans, slider);
+    auto* sliderLabel = new QLabel(prefwin::kPrefWinTrans, page);
+    sliderLabel->setBuddy(m_Slider1); // the row holds the slider and its value: the label names the slider
+    form->addRow(sliderLabel, slider);
 
     m_stripes = button(prefwin::kPrefStripes, QStringLiteral("stripes"), page);
     connect(m_stripes, &QPushButton::clicked, this, [this] {
@@ -213,6 +215,7 @@ QWidget* PrefwinView::buildOperations()
     layout->addLayout(top);
 
     m_opplistnow = named(new QTreeWidget(page), QStringLiteral("opplistnow"));
+    m_opplistnow->setAccessibleName(prefwin::kPrefTab2);
     m_opplistnow->setColumnCount(2);
     m_opplistnow->setHeaderLabels({Tr::MWOperation, Tr::MWDescription});
     m_opplistnow->setRootIsDecorated(false);
@@ -250,6 +253,7 @@ QWidget* PrefwinView::buildOperations()
     m_newopp->installEventFilter(this);
     connect(m_newopp, &QLineEdit::textEdited, this,
             [this](const QString& text) { forward([&] { m_form.newopp_TextChange(text); }); });
+    m_StaticText1->setBuddy(m_newopp);
     fields->addWidget(m_StaticText1, 0, 0);
     fields->addWidget(m_newopp, 0, 1);
     m_StaticText11 = named(new QLabel(prefwin::kPrefDescTxt, page), QStringLiteral("StaticText11"));
@@ -257,6 +261,7 @@ QWidget* PrefwinView::buildOperations()
     m_newdesc->setMaxLength(prefwin::kDescriptionLength);
     connect(m_newdesc, &QLineEdit::textEdited, this,
             [this](const QString& text) { forward([&] { m_form.newdesc_TextChange(text); }); });
+    m_StaticText11->setBuddy(m_newdesc);
     fields->addWidget(m_StaticText11, 1, 0);
     fields->addWidget(m_newdesc, 1, 1);
     layout->addLayout(fields);
@@ -425,12 +430,11 @@ void PrefwinView::keepColumnWidth()
         m_opplistnow->setColumnWidth(0, wanted);
 }
 
-void PrefwinView::closeEvent(QCloseEvent* event)
+void PrefwinView::reject()
 {
-    if (m_form.closed())
-        event->accept();
-    else
-        event->ignore();
+    // Escape, and the desktop's close (QDialog::closeEvent comes here), press Save Preferences: the window
+    // has no Cancel. An empty operations list keeps it open and says why, as for the button.
+    forward([&] { m_form.Saveprefa_Action(); });
 }
 
 bool PrefwinView::eventFilter(QObject* watched, QEvent* event)

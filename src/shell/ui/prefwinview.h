@@ -23,7 +23,8 @@ namespace shell::ui
 {
 
 // The preferences window on screen: shows the form's fields and passes every change on at once.
-// It has no close button and ignores Escape: the one way out is `Saveprefa`.
+// It asks for no close button; Escape, and the desktop's close where it gives one anyway, take its one way
+// out, `Saveprefa`.
 class PrefwinView : public QDialog
 {
     Q_OBJECT
@@ -32,10 +33,9 @@ public:
     // Fills the form from the settings; `fonts` are the font families offered in the font pop-up.
     PrefwinView(prefwin& form, const QStringList& fonts, QWidget* parent = nullptr);
 
-    void reject() override {}
+    void reject() override;
 
 protected:
-    void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
