@@ -108,6 +108,8 @@ public:
     inline static const QString kDSWrite = QStringLiteral("Writing Data");
     inline static const QString kUntitled = QStringLiteral("untitled");
     inline static const QString kAppTitle = QStringLiteral("Veltrick");
+    // What a screen reader calls the list, which has no label on screen.
+    inline static const QString kListBox1Name = QStringLiteral("Timesheet");
 
     Mainwndo(AppPrefs& prefs, Services services);
     ~Mainwndo() override;

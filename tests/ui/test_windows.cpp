@@ -9,6 +9,7 @@
 #include "shell/ui/shell.h"
 #include "shell/ui/singleinstance.h"
 #include "shell/ui/statusviews.h"
+#include "storage/prefs_file.h"
 
 #include <QPrinter>
 #include <QtTest>
@@ -222,6 +223,70 @@ private slots:
         const auto& cells = rig->w()->ListBox1.row(0).cells;
         QCOMPARE(QStringList(cells.begin(), cells.begin() + 6),
                  (QStringList{"11/22/26", "AB12", "Fence", "02", "59", "R&D"}));
+    }
+
+    // Every control the keyboard or a screen reader reaches says what it is, in every window ("▾" does
+    // not). The job dialog's Tab follows its fields in reading order. Escape leaves the preferences their
+    // one way out, which a first start refuses until there is an operation.
+    void keyboardAndNames()
+    {
+        platform::qt::QtDialogs screens; // the program's own windows over the forms it opens
+        shell::ui::registerViews(screens);
+        QStringList unnamed;
+        std::function<void(QAccessibleInterface*)> walk = [&](QAccessibleInterface* node) {
+            using enum QAccessible::Role;
+            static const QSet<QAccessible::Role> controls{EditableText, ComboBox, PushButton, CheckBox,
+                                                          RadioButton,  Slider,   SpinBox,    List,
+                                                          Table,        Tree,     ButtonMenu, ButtonDropDown};
+            if (controls.contains(node->role()) && !node->text(QAccessible::Name).contains(QRegularExpression("\\w")))
+                unnamed << node->object()->metaObject()->className() + (' ' + node->object()->objectName());
+            for (int i = 0; node->role() != ComboBox && i < node->childCount(); ++i) // not its list
+                walk(node->child(i));
+        };
+        const auto onScreen = [&](const QString& name, std::function<void(QWidget*)> use = {}) {
+            dialogs->expectModal(name, [&, use](platform::ModalForm& form) {
+                QTimer::singleShot(0, [&, use] {
+                    QWidget* window = QApplication::activeModalWidget();
+                    walk(QAccessible::queryAccessibleInterface(window));
+                    if (use)
+                        use(window);
+                    QTest::keyClick(window, Qt::Key_Escape);
+                    window->hide(); // kept open by a failed check
+                });
+                screens.showModal(form);
+            });
+        };
+        rig->files.files.remove(storage::prefFile(storage::kOperationsFileName)); // a first start
+        onScreen(QStringLiteral("noopps"));
+        onScreen(QStringLiteral("prefwin"), [&](QWidget* window) {
+            QTest::keyClick(window, Qt::Key_Escape);
+            QCOMPARE(std::exchange(dialogs->messages, {}), QStringList{shell::prefwin::kPrefAddOperation});
+            QTest::keyClicks(window->findChild<QLineEdit*>(QStringLiteral("newopp")), "Design\r"); // Return adds it
+        });
+        QVERIFY(open({rig->row(QStringLiteral("A100"), 30)}));
+        QVERIFY(rig->files.files.contains(storage::prefFile(storage::kPrefsFileName))); // saved on the way out
+        rig->w()->setListIndex(0);
+        budgets::ui::PresetJobsView presets(rig->program->presets(), rig->program->app().prefs);
+        for (QWidget* window : {static_cast<QWidget*>(shell->front()), static_cast<QWidget*>(&presets)})
+            walk(QAccessible::queryAccessibleInterface(window));
+        onScreen(jobs::specialw::kFormName, [&](QWidget* window) {
+            QStringList order{window->focusWidget()->objectName()};
+            while (order.size() < 6) {
+                QTest::keyClick(window->focusWidget(), Qt::Key_Tab);
+                order << window->focusWidget()->objectName();
+            }
+            QCOMPARE(order, (QStringList{"enterjob", "enterclient", "popupclnt", "popup", "nmepopup", "sphrs"}));
+        });
+        rig->program->command(Item::nujobmenu2);
+        const std::pair<Item, const char*> windows[] = {
+            {Item::notey, "notewin"},        {Item::clearjb2, "aresure"},
+            {Item::totaltime2, "ttljobtme"}, {Item::FilePrintLayout, "printsetup"},
+            {Item::printit, "pntops"},       {Item::exportmenu, "xpops"}};
+        for (auto [item, name] : windows) {
+            onScreen(name);
+            rig->program->command(item);
+        }
+        QVERIFY2(unnamed.isEmpty(), qPrintable(QString::number(unnamed.size()) + " unnamed: " + unnamed.join(", ")));
     }
 
     // The tray icon shows the selected job's time, hours over minutes on the state's colour, and is drawn

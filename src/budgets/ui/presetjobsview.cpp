@@ -127,6 +127,7 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     m_model = new PresetJobsModel(form, prefs, this);
     m_list = new QTreeView(this);
     m_list->setObjectName(QStringLiteral("joblst"));
+    m_list->setAccessibleName(preSetJobsWin::kPSEditJobs);
     m_list->setModel(m_model);
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
@@ -145,16 +146,22 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
         m_fields[i]->installEventFilter(this);
     }
     m_fields[0]->setPlaceholderText(preSetJobsWin::kCue);
-    grid->addWidget(new QLabel(preSetJobsWin::kPSJobNotxt, this), 0, 0);
+    // Each label names its field, for a screen reader too.
+    const auto label = [this](const QString& text, QWidget* field) {
+        auto* l = new QLabel(text, this);
+        l->setBuddy(field);
+        return l;
+    };
+    grid->addWidget(label(preSetJobsWin::kPSJobNotxt, m_fields[0]), 0, 0);
     grid->addWidget(m_fields[0], 0, 1);
-    grid->addWidget(new QLabel(preSetJobsWin::kPSProjectTxt, this), 0, 2);
+    grid->addWidget(label(preSetJobsWin::kPSProjectTxt, m_fields[1]), 0, 2);
     grid->addWidget(m_fields[1], 0, 3);
-    grid->addWidget(new QLabel(preSetJobsWin::kPSBudgetHTxt, this), 1, 0);
+    grid->addWidget(label(preSetJobsWin::kPSBudgetHTxt, m_fields[2]), 1, 0);
     auto* budget = new QHBoxLayout;
     budget->addWidget(m_fields[2]);
     budget->addWidget(new QLabel(preSetJobsWin::kPSBgtHrsTxt, this));
     grid->addLayout(budget, 1, 1);
-    grid->addWidget(new QLabel(preSetJobsWin::kPSBudgetTotal, this), 1, 2);
+    grid->addWidget(label(preSetJobsWin::kPSBudgetTotal, m_fields[3]), 1, 2);
     auto* closed = new QHBoxLayout;
     closed->addWidget(m_fields[3]);
     closed->addWidget(new QLabel(preSetJobsWin::kPSBgtHrsTxt, this));

@@ -99,6 +99,7 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     leftLayout->setSpacing(2);
     m_clients = new QTreeWidget(left);
     m_clients->setObjectName(QStringLiteral("clientlist2"));
+    m_clients->setAccessibleName(kClientList);
     m_clients->setHeaderHidden(true);
     m_clients->setColumnCount(1);
     m_clients->setFont(core::ui::listFont(prefs));
@@ -123,6 +124,7 @@ ClientPane::ClientPane(ClientView& view, core::Mainwndo& window, const core::App
     m_model->setStripe(QColor(prefs.red, prefs.green, prefs.blue));
     m_listBox2 = new QTreeView(m_lists);
     m_listBox2->setObjectName(QStringLiteral("ListBox2"));
+    m_listBox2->setAccessibleName(kListBox2Name);
     m_listBox2->setModel(m_model);
     m_listBox2->setRootIsDecorated(false);
     m_listBox2->setUniformRowHeights(true);

@@ -25,6 +25,9 @@ class ClientPane : public QSplitter
 
 public:
     inline static const QString kAddClient = QStringLiteral("Add New Client...");
+    // What a screen reader calls the two lists, which have no label on screen.
+    inline static const QString kClientList = QStringLiteral("Client List");
+    inline static const QString kListBox2Name = QStringLiteral("Single Client List");
 
     ClientPane(ClientView& view, core::Mainwndo& window, const core::AppPrefs& prefs, QWidget* listBox1,
                QWidget* parent = nullptr);

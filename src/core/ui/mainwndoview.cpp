@@ -33,6 +33,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     m_model->setStripe(QColor(prefs.red, prefs.green, prefs.blue));
     m_list = new QTreeView(central);
     m_list->setObjectName(QStringLiteral("ListBox1"));
+    m_list->setAccessibleName(Mainwndo::kListBox1Name);
     m_list->setModel(m_model);
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true); // keeps 100,000 rows cheap to lay out
@@ -52,6 +53,7 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
 
     m_notebox = new QLineEdit(central);
     m_notebox->setObjectName(QStringLiteral("notebox"));
+    m_notebox->setAccessibleName(Tr::MWButtonNote); // the selected row's note, as the job dialog labels it
     m_notebox->setReadOnly(true);
     layout->addWidget(m_notebox);
 

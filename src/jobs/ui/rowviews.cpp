@@ -84,6 +84,7 @@ NotewinView::NotewinView(Notewin& form, QWidget* parent) : QDialog(parent), m_fo
 
     m_edit = new QPlainTextEdit(this);
     m_edit->setObjectName(QStringLiteral("EditField1"));
+    description->setBuddy(m_edit);
     m_edit->setPlainText(form.EditField1);
     m_edit->moveCursor(QTextCursor::End);
     const bool dark = darkPalette(this);

@@ -72,6 +72,7 @@ QGroupBox* scopeBox(RowChoice& form, int scopes, const core::Timesheet& list, QD
     if (scopes > int(Scope::Custom)) {
         custom = new QListWidget(box);
         custom->setObjectName(QStringLiteral("xplist"));
+        custom->setAccessibleName(RowChoice::kScopeCaptions[int(Scope::Custom)]);
         for (int i = 0; i < list.ListCount(); ++i) {
             const core::JobRow& row = list.row(i);
             auto* item = new QListWidgetItem(QStringList{row.cell(core::CellDate), row.cell(core::CellJob),
