@@ -171,8 +171,6 @@ public:
     inline static const QString kNSUNotifiAlertMsg =
         QStringLiteral("Single Client Selected: You must select All Clients from the Client List before you can "
                        "edit your Preset Jobs List.");
-    // The folder row of the client picker; any other text there is a client.
-
     // Typing limits of the text fields, in characters.
     static constexpr int kDateFieldLimit = 10;
     static constexpr int kEnterjobLimit = 16;

@@ -398,6 +398,8 @@ void PrefwinView::refresh()
     m_addnew->setText(m_form.addnew.Caption);
     m_addnew->setEnabled(m_form.addnew.Enabled);
     m_addnew->setDefault(m_form.addnew.Default);
+    // Return elsewhere saves, as OK does in other dialogs; while an operation's name is typed it adds it.
+    m_save->setDefault(!m_form.addnew.Default);
     m_killthis->setEnabled(m_form.killthis.Enabled);
     m_exportlist->setEnabled(m_form.exportlist.Enabled);
     m_Canvas1->setText(m_form.Canvas1 == 0 ? prefwin::kPrefButtonUser : prefwin::kPrefButtonGroup);
