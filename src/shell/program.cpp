@@ -42,7 +42,7 @@ Program::Window::Window(Program& program, core::Mainwndo& form)
 Program::Program(Services services)
     : m_s(std::move(services)),
       m_app(core::Mainwndo::Services{m_s.clock, m_s.desktop, m_s.dialogs, m_s.timers, *this, m_gate}, *this),
-      m_document(m_app, m_s.files, m_s.dialogs, m_s.desktop, m_s.documentsFolder),
+      m_document(m_app, m_s.files, m_s.dialogs, m_s.desktop, m_s.clock, m_s.documentsFolder),
       m_presets(m_joblst, {m_s.files, m_app.prefs, m_s.desktop, m_s.dialogs, storage::prefFolder(),
                            prefwin::defaultDesktopFolder(), [this] { presetDependants(); },
                            [this] {

@@ -24,8 +24,9 @@ void stopRunningRows(std::vector<core::JobRow>& rows)
 } // namespace
 
 Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
-                   QString documentsFolder)
-    : m_app(app), m_files(files), m_dialogs(dialogs), m_desktop(desktop), m_documents(std::move(documentsFolder))
+                   platform::Clock& clock, QString documentsFolder)
+    : m_app(app), m_files(files), m_dialogs(dialogs), m_desktop(desktop), m_clock(clock),
+      m_backups(files, backupFolder()), m_documents(std::move(documentsFolder))
 {}
 
 void Document::sesame()
@@ -175,6 +176,7 @@ bool Document::switchitConfirmed()
 
 platform::Result Document::writeTimesheet(const QString& path, const core::Timesheet& sheet)
 {
+    m_backups.beforeWrite(path, m_clock.now().date());
     int cut = 0;
     encodeTimesheet(sheet, m_buffer, &cut);
     const platform::Result result = m_files.write(path, m_buffer);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/app.h"
+#include "storage/backups.h"
 #include "storage/filestore.h"
 
 namespace storage
@@ -37,7 +38,7 @@ public:
     inline static const QString kFileFilter = QStringLiteral("Veltrick Timesheet (*.vlk)");
 
     Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
-             QString documentsFolder);
+             platform::Clock& clock, QString documentsFolder);
 
     // Reads App::thisdoc into the main window, recovering a timer that was left running.
     void sesame();
@@ -63,6 +64,8 @@ private:
     FileStore& m_files;
     platform::Dialogs& m_dialogs;
     platform::Desktop& m_desktop;
+    platform::Clock& m_clock;
+    Backups m_backups;
     QString m_documents;
     bool m_toldCut = false;
     QByteArray m_buffer; // the bytes of the last save, kept so the next one needs no new memory

@@ -156,6 +156,16 @@ bool DiskFileStore::exists(const QString& path) const
     return QFileInfo(path).isFile();
 }
 
+QStringList DiskFileStore::list(const QString& folder) const
+{
+    return QDir(folder).entryList(QDir::Files);
+}
+
+bool DiskFileStore::remove(const QString& path)
+{
+    return QFile::remove(path);
+}
+
 QString prefFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QStringLiteral("/Veltrick");

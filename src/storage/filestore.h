@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
 namespace storage
 {
@@ -18,6 +19,9 @@ public:
     // A file that does not exist or cannot be read gives a failure with the reason.
     virtual platform::Result read(const QString& path, QByteArray& bytes) const = 0;
     virtual bool exists(const QString& path) const = 0;
+    // The names of the files in a folder; none where it does not exist.
+    virtual QStringList list(const QString& folder) const = 0;
+    virtual bool remove(const QString& path) = 0;
 };
 
 // The real disk: temporary file in the same folder, fsync, rename over the target, fsync of the folder.
@@ -27,6 +31,8 @@ public:
     platform::Result write(const QString& path, const QByteArray& bytes) override;
     platform::Result read(const QString& path, QByteArray& bytes) const override;
     bool exists(const QString& path) const override;
+    QStringList list(const QString& folder) const override;
+    bool remove(const QString& path) override;
 
 private:
     // Files whose folder holds no temporary file of theirs left by a crash: a save of the running

@@ -95,7 +95,7 @@ private slots:
         files = testing::MemoryFileStore();
         hooks = Hooks();
         app = std::make_unique<App>(Mainwndo::Services{clock, desktop, dialogs, timers, hooks, gate}, hooks);
-        doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, u"/home/ann"_s);
+        doc = std::make_unique<storage::Document>(*app, files, dialogs, desktop, clock, u"/home/ann"_s);
         hooks.document = doc.get();
         w = &app->mainwndo();
     }

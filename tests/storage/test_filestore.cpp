@@ -1,5 +1,6 @@
 // The write of every file: atomic and durable, and towards the user's file as a write in place would be:
 // a protected file refused, a link followed, the mode and group kept, nothing left behind on failure.
+#include "storage/backups.h"
 #include "storage/filestore.h"
 
 #include <QDir>
@@ -106,6 +107,30 @@ private slots:
         left("a.vlk.Xy34Zw.tmp", 120);
         QVERIFY(store.write(at("a.vlk"), "again").ok());
         QCOMPARE(listing(), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
+    }
+
+    // Before the first write of each day the file as the day found it is kept, once, across runs too; the
+    // newest fourteen days stay; a timesheet not yet on disk has nothing to keep, and one of the same name
+    // in another folder keeps its own.
+    void yesterdaysFileIsKept()
+    {
+        const QString sheet = at("Work.vlk"), backupsAt = at("backups");
+        storage::Backups backups(store, backupsAt);
+        const QString kept = backups.folderOf(sheet);
+        backups.beforeWrite(sheet, QDate(2026, 11, 1));
+        QVERIFY(!QDir(kept).exists());
+        for (int day = 1; day <= 15; ++day) {
+            QVERIFY(store.write(sheet, "day " + QByteArray::number(day)).ok());
+            backups.beforeWrite(sheet, QDate(2026, 11, day));
+            QVERIFY(store.write(sheet, "later").ok());
+            backups.beforeWrite(sheet, QDate(2026, 11, day));
+            storage::Backups(store, backupsAt).beforeWrite(sheet, QDate(2026, 11, day)); // a restart
+        }
+        QCOMPARE(store.list(kept).size(), storage::Backups::kKept);
+        QVERIFY(!store.list(kept).contains("2026-11-01.vlk"));
+        QCOMPARE(contents(kept + "/2026-11-02.vlk"), QByteArray("day 2"));
+        QCOMPARE(contents(kept + "/2026-11-15.vlk"), QByteArray("day 15"));
+        QVERIFY(kept.startsWith(backupsAt + "/Work-") && kept != backups.folderOf(at("other/Work.vlk")));
     }
 
     // On a real small disk: a write that does not fit, and one into a folder made read-only, fail with the

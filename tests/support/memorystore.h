@@ -32,6 +32,15 @@ public:
         return platform::Result::success();
     }
     bool exists(const QString& path) const override { return files.contains(path); }
+    QStringList list(const QString& folder) const override
+    {
+        QStringList names;
+        for (const QString& path : files.keys())
+            if (path.startsWith(folder + u'/') && !path.mid(folder.size() + 1).contains(u'/'))
+                names << path.mid(folder.size() + 1);
+        return names;
+    }
+    bool remove(const QString& path) override { return files.remove(path) > 0; }
 
     QHash<QString, QByteArray> files;
     QStringList written; // the paths of the writes that went through, in order
