@@ -1,7 +1,6 @@
 #include "budgets/ui/presetjobsview.h"
 
 #include "core/texts.h"
-#include "core/ui/contrast.h"
 #include "core/ui/jobcolumns.h"
 #include "core/ui/onscreen.h"
 #include "core/ui/timesheetmodel.h"
@@ -42,11 +41,6 @@ QString cell(const storage::PresetJob& job, int column)
     }
 }
 
-bool isDark(const QPalette& palette)
-{
-    return palette.color(QPalette::Window).lightness() < 128;
-}
-
 } // namespace
 
 PresetJobsModel::PresetJobsModel(const preSetJobsWin& form, const core::AppPrefs& prefs, QObject* parent)
@@ -71,14 +65,12 @@ QVariant PresetJobsModel::data(const QModelIndex& index, int role) const
         return cell(m_form.joblst[index.row()], index.column());
     // The stripes of the timesheet; the text, black or white by the appearance, shaded where it would
     // not read on them.
-    const bool even = index.row() % 2 == 0;
-    using core::ui::TimesheetModel;
-    const QColor back = m_dark ? (even ? TimesheetModel::kEvenDark : TimesheetModel::kOddDark)
-                               : (even ? QColor(m_prefs.red, m_prefs.green, m_prefs.blue) : TimesheetModel::kOddLight);
+    const QColor back =
+        core::ui::TimesheetModel::stripeOf(index.row(), m_dark, QColor(m_prefs.red, m_prefs.green, m_prefs.blue));
     if (role == Qt::BackgroundRole)
         return back;
     if (role == Qt::ForegroundRole)
-        return core::ui::readableOn(m_dark ? Qt::white : Qt::black, back);
+        return m_readable(m_dark ? Qt::white : Qt::black, back);
     if (role == Qt::TextAlignmentRole && index.column() >= 2 && index.column() <= 4)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     return {};
@@ -210,7 +202,7 @@ PresetJobsView::PresetJobsView(preSetJobsWin& form, const core::AppPrefs& prefs,
     connect(&form, &preSetJobsWin::changed, this, &PresetJobsView::refresh);
     connect(&form, &preSetJobsWin::rowsReset, this, &PresetJobsView::showRows);
 
-    m_model->setDark(isDark(palette()));
+    m_model->setDark(core::ui::isDark(palette()));
     // A window stored narrower than its headings need, as the first one is with a wide font, grows;
     // one that the screens of now cannot show whole comes onto them.
     const QSize stored(std::max({form.Width, 406, widthForHeadings()}), std::max(form.Height, 299));
@@ -312,7 +304,7 @@ bool PresetJobsView::event(QEvent* event)
     if (event->type() == QEvent::WindowActivate && activated)
         activated();
     if (event->type() == QEvent::PaletteChange)
-        m_model->setDark(isDark(palette()));
+        m_model->setDark(core::ui::isDark(palette()));
     return QDialog::event(event);
 }
 

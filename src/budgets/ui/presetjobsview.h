@@ -1,6 +1,7 @@
 #pragma once
 
 #include "budgets/presetjobs.h"
+#include "core/ui/contrast.h"
 
 #include <QAbstractTableModel>
 #include <QDialog>
@@ -36,6 +37,7 @@ private:
     const preSetJobsWin& m_form;
     const core::AppPrefs& m_prefs;
     bool m_dark = false;
+    core::ui::ReadableColours m_readable;
 };
 
 // The preset jobs window on screen: the list, the edit row under it and the export and import button.

@@ -236,7 +236,7 @@ void ClientPane::refresh()
 
 void ClientPane::paintColours()
 {
-    const bool dark = core::ui::TimesheetModel::isDark(palette());
+    const bool dark = core::ui::isDark(palette());
     m_listBox2->setPalette(core::ui::withReadableHighlight(palette()));
     m_model->follow(*m_listBox2);
     // Every row, and the space below the last one, takes the list's colour.

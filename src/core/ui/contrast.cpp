@@ -39,6 +39,22 @@ QColor readableOn(const QColor& colour, const QColor& against)
     }
 }
 
+QColor ReadableColours::operator()(const QColor& colour, const QColor& against) const
+{
+    const quint64 pair = quint64(colour.rgba()) << 32 | against.rgba();
+    const auto known = m_known.constFind(pair);
+    if (known != m_known.cend())
+        return QColor::fromRgba(*known);
+    const QColor shown = readableOn(colour, against);
+    m_known.insert(pair, shown.rgba());
+    return shown;
+}
+
+bool isDark(const QPalette& palette)
+{
+    return palette.color(QPalette::Window).lightness() < 128;
+}
+
 QPalette withReadableHighlight(QPalette palette)
 {
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QHash>
 #include <QPalette>
 
 namespace core::ui
@@ -16,6 +17,20 @@ double contrastRatio(const QColor& a, const QColor& b);
 // `colour` where it keeps kMinContrast against `against`; else the nearest shade of it that does: the
 // same hue and saturation, the lightness moved just as far as needed, up or down, whichever is nearer.
 QColor readableOn(const QColor& colour, const QColor& against);
+
+// readableOn remembered: a list paints the same few pairs of colours cell after cell, and a shade found by
+// walking the lightness costs a hundred luminances.
+class ReadableColours
+{
+public:
+    QColor operator()(const QColor& colour, const QColor& against) const;
+
+private:
+    mutable QHash<quint64, QRgb> m_known;
+};
+
+// Whether a palette is the desktop's dark appearance: its window colour darker than mid grey.
+bool isDark(const QPalette& palette);
 
 // `palette` with the highlight of every colour group shaded until the highlighted text reads on it.
 QPalette withReadableHighlight(QPalette palette);

@@ -207,7 +207,7 @@ void MainwndoView::followAppearance()
 {
     m_list->setPalette(withReadableHighlight(palette()));
     m_model->follow(*m_list);
-    const bool dark = TimesheetModel::isDark(palette());
+    const bool dark = isDark(palette());
     // The note strip keeps its own colours: pale yellow, or orange on a dark desktop, with grey text.
     QPalette strip = m_notebox->palette();
     strip.setColor(QPalette::Base, QColor::fromRgb(dark ? kStripBackDark : kStripBack));

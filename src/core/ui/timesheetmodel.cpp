@@ -38,12 +38,9 @@ QColor TimesheetModel::background(int row, int column) const
             return kNoteLight;
         return gray ? kNoteDarkGray : kNoteDark;
     }
-    const bool even = row % 2 == 0;
-    if (!m_dark)
-        return even ? m_stripe : kOddLight;
-    if (gray)
-        return even ? kEvenDarkGray : kOddDarkGray;
-    return even ? kEvenDark : kOddDark;
+    if (m_dark && gray)
+        return row % 2 == 0 ? kEvenDarkGray : kOddDarkGray;
+    return stripeOf(row, m_dark, m_stripe);
 }
 
 QColor TimesheetModel::textColour(int row, int column) const
@@ -54,7 +51,7 @@ QColor TimesheetModel::textColour(int row, int column) const
     else if (isOver(m_sheet.row(row), column))
         text = kOverText;
     // Any ground, the user's stripe too, keeps its colour; the text takes the nearest shade that reads on it.
-    const QColor shown = readableOn(text, background(row, column));
+    const QColor shown = m_readable(text, background(row, column));
     return shown == m_text ? QColor() : shown;
 }
 
@@ -144,9 +141,12 @@ QMimeData* TimesheetModel::mimeData(const QModelIndexList& indexes) const
     return data;
 }
 
-bool TimesheetModel::isDark(const QPalette& palette)
+QColor TimesheetModel::stripeOf(int row, bool dark, const QColor& stripe)
 {
-    return palette.color(QPalette::Window).lightness() < 128;
+    const bool even = row % 2 == 0;
+    if (!dark)
+        return even ? stripe : kOddLight;
+    return even ? kEvenDark : kOddDark;
 }
 
 void TimesheetModel::setDark(bool dark)

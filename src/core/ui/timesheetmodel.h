@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/timesheet.h"
+#include "core/ui/contrast.h"
 
 #include <QAbstractTableModel>
 #include <QColor>
@@ -50,8 +51,9 @@ public:
 
     // The text a drag of a row carries: cells 0 to 7, each followed by a tab, then a carriage return.
     static QByteArray dragText(const JobRow& row);
-    // The appearance is dark when the window colour of the palette is.
-    static bool isDark(const QPalette& palette);
+    // The ground of a row's cells in a list striped with `stripe` (the user's colour, in the light
+    // appearance), not greyed; the preset jobs list is striped the same.
+    static QColor stripeOf(int row, bool dark, const QColor& stripe);
 
     void setStripe(const QColor& colour) { m_stripe = colour; }
     void setDark(bool dark);
@@ -77,6 +79,7 @@ private:
     bool m_dark = false;
     bool m_gray = false;
     QColor m_text{Qt::black}; // what the list paints where the model gives no colour
+    ReadableColours m_readable;
 };
 
 } // namespace core::ui

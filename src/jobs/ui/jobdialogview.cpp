@@ -1,6 +1,7 @@
 #include "jobs/ui/jobdialogview.h"
 
 #include "core/mainwndo.h"
+#include "core/ui/contrast.h"
 #include "platform/qt/qtplatform.h"
 
 #include <QEvent>
@@ -65,11 +66,6 @@ QChar keyCharacter(const QKeyEvent* key)
     }
     const QString text = key->text();
     return text.isEmpty() ? QChar() : text.front();
-}
-
-bool isDark(const QPalette& palette)
-{
-    return palette.color(QPalette::Window).lightness() < 128;
 }
 
 } // namespace
@@ -334,7 +330,7 @@ void specialwView::refresh()
 
 void specialwView::followNotesColours()
 {
-    m_form.NotesArea_Open(isDark(palette()));
+    m_form.NotesArea_Open(core::ui::isDark(palette()));
     QPalette colours = m_notes->palette();
     colours.setColor(QPalette::Base, QColor::fromRgb(m_form.NotesAreaBackground));
     colours.setColor(QPalette::Text, QColor::fromRgb(m_form.NotesAreaTextColor));

@@ -1,5 +1,6 @@
 #include "jobs/ui/rowviews.h"
 
+#include "core/ui/contrast.h"
 #include "platform/qt/qtplatform.h"
 
 #include <QApplication>
@@ -15,14 +16,6 @@
 
 namespace jobs::ui
 {
-
-namespace
-{
-bool darkPalette(const QWidget* widget)
-{
-    return widget->palette().color(QPalette::Window).lightness() < 128;
-}
-} // namespace
 
 AresureView::AresureView(Aresure& form, QWidget* parent) : QDialog(parent), m_form(form)
 {
@@ -87,7 +80,7 @@ NotewinView::NotewinView(Notewin& form, QWidget* parent) : QDialog(parent), m_fo
     description->setBuddy(m_edit);
     m_edit->setPlainText(form.EditField1);
     m_edit->moveCursor(QTextCursor::End);
-    const bool dark = darkPalette(this);
+    const bool dark = core::ui::isDark(palette());
     QPalette palette = m_edit->palette();
     palette.setColor(QPalette::Base, QColor::fromRgb(dark ? Notewin::kFieldBackDark : Notewin::kFieldBack));
     palette.setColor(QPalette::Text, QColor::fromRgb(dark ? Notewin::kFieldTextDark : Notewin::kFieldText));
