@@ -396,8 +396,8 @@ void StatusNotifierItem::sync()
         m_label = m_form.Title;
         emit m_itemAdaptor->XAyatanaNewLabel(m_label, kLabelGuide);
     }
-    if (m_form.trayToolTip() != m_toolTip) {
-        m_toolTip = m_form.trayToolTip();
+    if (QString tip = m_form.trayToolTip(); tip != m_toolTip) {
+        m_toolTip = std::move(tip);
         emit m_itemAdaptor->NewToolTip();
     }
     if (m_form.Menu == m_menu)

@@ -26,11 +26,13 @@ void Backups::beforeWrite(const QString& path, const QDate& today)
     QByteArray bytes;
     if (!m_files.read(path, bytes).ok())
         return; // a new file has no earlier version to keep
+    // Once a day, kept or not: a failed backup never stops the save, and is not tried again at every
+    // minute's save, each a read of the whole file.
+    m_done.insert(path, today);
     const QString folder = folderOf(path);
     const QString name = folder + QLatin1Char('/') + today.toString(Qt::ISODate) + QStringLiteral(".vlk");
     if (!m_files.exists(name) && !m_files.write(name, bytes).ok())
-        return; // a failed backup never stops the save; the next write tries again
-    m_done.insert(path, today);
+        return;
     QStringList days = m_files.list(folder);
     days.removeIf([](const QString& day) { return !QDate::fromString(day.chopped(4), Qt::ISODate).isValid(); });
     std::sort(days.begin(), days.end()); // ISO dates sort by day
