@@ -2,6 +2,7 @@
 
 #include "storage/hugepages.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -75,9 +76,30 @@ bool removeLeftTemporaries(const QFileInfo& target)
     return swept;
 }
 
+FileStamp stampOf(const struct stat& st)
+{
+    return {qint64(st.st_dev), qint64(st.st_ino), qint64(st.st_size),
+            qint64(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec};
+}
+
 } // namespace
 
 platform::Result DiskFileStore::write(const QString& path, const QByteArray& bytes)
+{
+    FileStamp written;
+    return write(path, bytes, written);
+}
+
+bool DiskFileStore::stamp(const QString& path, FileStamp& stamp) const
+{
+    struct stat st = {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+        return false;
+    stamp = stampOf(st);
+    return true;
+}
+
+platform::Result DiskFileStore::write(const QString& path, const QByteArray& bytes, FileStamp& written)
 {
     const QFileInfo info(resolvedTarget(path));
     const QString folder = info.absolutePath();
@@ -110,7 +132,8 @@ platform::Result DiskFileStore::write(const QString& path, const QByteArray& byt
     if (replacing && ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0)
         errno = 0;
 
-    if (!writeAll(fd, bytes.constData(), bytes.size()) || ::fsync(fd) != 0) {
+    struct stat done = {};
+    if (!writeAll(fd, bytes.constData(), bytes.size()) || ::fsync(fd) != 0 || ::fstat(fd, &done) != 0) {
         auto result = fromErrno(QStringLiteral("cannot write ") + path);
         ::close(fd);
         ::unlink(temp.constData());
@@ -127,6 +150,9 @@ platform::Result DiskFileStore::write(const QString& path, const QByteArray& byt
         ::fsync(dirfd);
         ::close(dirfd);
     }
+    // Read from the file before its rename, which changes neither: a write of another program that
+    // follows at once still shows as a change.
+    written = stampOf(done);
     // Leftovers come from crashes of earlier runs (a failed write here removes its own): once a target's
     // are gone, its saves stop listing the folder.
     if (!m_swept.contains(info.absoluteFilePath()) && removeLeftTemporaries(info))
@@ -164,6 +190,11 @@ QStringList DiskFileStore::list(const QString& folder) const
 bool DiskFileStore::remove(const QString& path)
 {
     return QFile::remove(path);
+}
+
+QByteArray contentHash(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
 }
 
 QString prefFolder()

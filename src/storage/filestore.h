@@ -10,12 +10,31 @@
 namespace storage
 {
 
+// What a file is on disk, without reading it: another program that replaces or rewrites the file changes
+// at least one of these. Equal stamps mean the same bytes; different ones need the bytes to tell.
+struct FileStamp
+{
+    qint64 device = 0, inode = 0, size = -1, modifiedNs = 0;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
 // Where the program's files go. Writes are atomic and durable: a failed write leaves the old file whole.
 class FileStore
 {
 public:
     virtual ~FileStore() = default;
     virtual platform::Result write(const QString& path, const QByteArray& bytes) = 0;
+    // The same, telling what the file is on disk once written; nobody else's write can come between.
+    virtual platform::Result write(const QString& path, const QByteArray& bytes, FileStamp& written)
+    {
+        const platform::Result result = write(path, bytes);
+        if (result.ok())
+            stamp(path, written);
+        return result;
+    }
+    // False where there is no such file.
+    virtual bool stamp(const QString& path, FileStamp& stamp) const = 0;
     // A file that does not exist or cannot be read gives a failure with the reason.
     virtual platform::Result read(const QString& path, QByteArray& bytes) const = 0;
     virtual bool exists(const QString& path) const = 0;
@@ -29,6 +48,8 @@ class DiskFileStore : public FileStore
 {
 public:
     platform::Result write(const QString& path, const QByteArray& bytes) override;
+    platform::Result write(const QString& path, const QByteArray& bytes, FileStamp& written) override;
+    bool stamp(const QString& path, FileStamp& stamp) const override;
     platform::Result read(const QString& path, QByteArray& bytes) const override;
     bool exists(const QString& path) const override;
     QStringList list(const QString& folder) const override;
@@ -39,6 +60,9 @@ private:
     // timesheet, once a minute, need not list the folder again.
     QSet<QString> m_swept;
 };
+
+// A digest of a file's bytes: what was read or written, to tell another writer's version from it.
+QByteArray contentHash(const QByteArray& bytes);
 
 // The settings folder ($XDG_CONFIG_HOME/Veltrick) and a file in it; the folder is made on first write.
 QString prefFolder();

@@ -109,6 +109,23 @@ private slots:
         QCOMPARE(listing(), (QStringList{"a.vlk", "b.vlk.Ab12Cd.tmp"}));
     }
 
+    // A write tells what its file is on disk; another program's write in place or rename over it tells
+    // otherwise; a folder or no file has no stamp.
+    void stampsShowOtherWriters()
+    {
+        storage::FileStamp written, now;
+        QVERIFY(store.write(at("a.vlk"), "mine", written).ok());
+        QVERIFY(store.stamp(at("a.vlk"), now) && now == written);
+        QFile inPlace(at("a.vlk"));
+        QVERIFY(inPlace.open(QIODevice::ReadWrite) && inPlace.write("theirs") == 6);
+        inPlace.close();
+        QVERIFY(store.stamp(at("a.vlk"), now) && now != written && now.inode == written.inode);
+        QVERIFY(store.write(at("b.vlk"), "them", written).ok());
+        QVERIFY(QFile::rename(at("a.vlk"), at("c.vlk")) && QFile::rename(at("b.vlk"), at("a.vlk")));
+        QVERIFY(store.stamp(at("a.vlk"), now) && now.inode == written.inode);
+        QVERIFY(!store.stamp(at("b.vlk"), now) && !store.stamp(folder->path(), now));
+    }
+
     // Before the first write of each day the file as the day found it is kept, once, across runs too; the
     // newest fourteen days stay; a timesheet not yet on disk has nothing to keep, and one of the same name
     // in another folder keeps its own.

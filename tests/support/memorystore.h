@@ -13,6 +13,7 @@ namespace testing
 class MemoryFileStore : public storage::FileStore
 {
 public:
+    using storage::FileStore::write;
     platform::Result write(const QString& path, const QByteArray& bytes) override
     {
         ++writes;
@@ -32,6 +33,15 @@ public:
         return platform::Result::success();
     }
     bool exists(const QString& path) const override { return files.contains(path); }
+    // A file in memory is known by its bytes: any other writer's change shows.
+    bool stamp(const QString& path, storage::FileStamp& stamp) const override
+    {
+        if (!files.contains(path))
+            return false;
+        const QByteArray& bytes = files[path];
+        stamp = {0, qint64(qHash(bytes)), bytes.size(), 0};
+        return true;
+    }
     QStringList list(const QString& folder) const override
     {
         QStringList names;
