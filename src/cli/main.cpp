@@ -30,15 +30,18 @@ Reads and writes Veltrick timesheet files (.vlk).
 
 Commands:
   dump FILE.vlk    Print the timesheet as JSON on standard output:
-                     {"starthrs": "..", "startmin": "..",
+                     {"read": "..", "starthrs": "..", "startmin": "..",
                       "rows": [{"date", "job", "project", "hours", "minutes", "operation",
                                 "client", "run", "note", "user", "budget"}, ...]}
                    Every value is the stored text, unchanged. "run" is "**" for a job never
                    started, "" for a stopped one and "*" for the one that was running.
+                   "read" is a digest of the file as dump read it.
   write FILE.vlk   Read JSON of the same form on standard input and write the file. The old file
                    is replaced only once the new one is complete on disk. A missing key is an
                    empty text. A text too long for the file (more than 186 bytes of UTF-8) is
-                   cut at a character boundary, with a warning.
+                   cut at a character boundary, with a warning. Where the input has the
+                   "read" of a dump and the file is no longer what that dump read (another
+                   program or computer changed it since), nothing is written: exit status 1.
   totals FILE.vlk  Print the total time of the list, of today's rows (rows whose date is
                    today's short date) and of each job number (compared ignoring case), as HH:MM.
   --help, -h       Show this text.
@@ -46,7 +49,7 @@ Commands:
 Exit status:
   0  done
   1  the file is damaged or cannot be read or written, or the input is not valid JSON of the
-     form above; for a damaged file, dump and totals still print what could be read
+     form above, or the file changed since the dump the input came from; for a damaged file, dump and totals still print what could be read
   2  the command line is wrong
 )";
 
@@ -58,6 +61,8 @@ const QString kErrOutput = QStringLiteral("veltrick-cli: cannot write to standar
 const QString kErrStdin = QStringLiteral("veltrick-cli: cannot read standard input");
 const QString kErrJson = QStringLiteral("veltrick-cli: the input is not a timesheet: %1");
 const QString kErrWrite = QStringLiteral("veltrick-cli: cannot write %1: %2");
+const QString kErrChanged = QStringLiteral(
+    "veltrick-cli: %1 was changed by another program or computer since it was dumped; it was not written.");
 const QString kWarnCut = QStringLiteral("veltrick-cli: %1 texts were too long for the file and were cut.");
 const QString kListTotal = QStringLiteral("List total: %1 (%2 rows)");
 const QString kTodayTotal = QStringLiteral("Today (%1): %2");
@@ -76,7 +81,7 @@ void printOut(const QByteArray& bytes)
 }
 
 // Reads the file; a damaged one still gives its rows, with the message on stderr and `damaged` set.
-bool load(const QString& path, core::Timesheet& sheet, bool& damaged)
+bool load(const QString& path, core::Timesheet& sheet, bool& damaged, QString* digest = nullptr)
 {
     storage::DiskFileStore store;
     QByteArray bytes;
@@ -85,6 +90,8 @@ bool load(const QString& path, core::Timesheet& sheet, bool& damaged)
         printErr(kErrRead.arg(path, read.message));
         return false;
     }
+    if (digest)
+        *digest = QString::fromLatin1(storage::contentHash(bytes).toHex());
     storage::ReadResult result = storage::decodeTimesheet(bytes);
     damaged = !result.complete;
     if (damaged)
@@ -97,9 +104,10 @@ int dump(const QString& path)
 {
     core::Timesheet sheet;
     bool damaged = false;
-    if (!load(path, sheet, damaged))
+    QString digest;
+    if (!load(path, sheet, damaged, &digest))
         return ExitFailed;
-    if (!cli::writeTimesheetJson(sheet, stdout)) {
+    if (!cli::writeTimesheetJson(sheet, stdout, digest)) {
         printErr(kErrOutput);
         return ExitFailed;
     }
@@ -115,16 +123,23 @@ int write(const QString& path)
     }
     const QByteArray json = input.readAll();
     core::Timesheet sheet;
-    QString error;
-    if (!cli::timesheetFromJson(json, sheet, error)) {
+    QString error, read;
+    if (!cli::timesheetFromJson(json, sheet, error, &read)) {
         printErr(kErrJson.arg(error));
+        return ExitFailed;
+    }
+    storage::DiskFileStore store;
+    QByteArray onDisk;
+    // A file gone since the dump loses nothing by being written again.
+    if (!read.isEmpty() && store.read(path, onDisk).ok() &&
+        QString::fromLatin1(storage::contentHash(onDisk).toHex()) != read) {
+        printErr(kErrChanged.arg(path));
         return ExitFailed;
     }
     int cut = 0;
     const QByteArray bytes = storage::encodeTimesheet(sheet, &cut);
     if (cut > 0)
         printErr(kWarnCut.arg(cut));
-    storage::DiskFileStore store;
     const platform::Result written = store.write(path, bytes);
     if (!written.ok()) {
         printErr(kErrWrite.arg(path, written.message));

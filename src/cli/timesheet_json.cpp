@@ -21,6 +21,7 @@ const QString kErrNotText = QStringLiteral("\"%1\" of row %2 is not a text");
 const QString kErrStartNotText = QStringLiteral("\"%1\" is not a text");
 
 const QString kStartHrs = QStringLiteral("starthrs");
+const QString kRead = QStringLiteral("read");
 const QString kStartMin = QStringLiteral("startmin");
 const QString kRows = QStringLiteral("rows");
 
@@ -177,10 +178,15 @@ bool readText(const QJsonObject& object, const QString& key, QString& text)
 
 } // namespace
 
-bool writeTimesheetJson(const core::Timesheet& sheet, std::FILE* file)
+bool writeTimesheetJson(const core::Timesheet& sheet, std::FILE* file, const QString& read)
 {
     JsonOut out(file);
     out.raw("{");
+    if (!read.isEmpty()) {
+        out.key(kRead);
+        out.string(read);
+        out.raw(", ");
+    }
     out.key(kStartHrs);
     out.string(sheet.starthrs);
     out.raw(", ");
@@ -206,7 +212,7 @@ bool writeTimesheetJson(const core::Timesheet& sheet, std::FILE* file)
     return out.ok() && std::fflush(file) == 0;
 }
 
-bool timesheetFromJson(const QByteArray& json, core::Timesheet& sheet, QString& error)
+bool timesheetFromJson(const QByteArray& json, core::Timesheet& sheet, QString& error, QString* read)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
@@ -220,8 +226,9 @@ bool timesheetFromJson(const QByteArray& json, core::Timesheet& sheet, QString& 
     }
     const QJsonObject top = document.object();
     core::Timesheet result;
-    for (const auto& [key, target] :
-         {std::pair{&kStartHrs, &result.starthrs}, std::pair{&kStartMin, &result.startmin}}) {
+    QString digest;
+    for (const auto& [key, target] : {std::pair{&kStartHrs, &result.starthrs}, std::pair{&kStartMin, &result.startmin},
+                                      std::pair{&kRead, &digest}}) {
         if (!readText(top, *key, *target)) {
             error = kErrStartNotText.arg(*key);
             return false;
@@ -252,6 +259,8 @@ bool timesheetFromJson(const QByteArray& json, core::Timesheet& sheet, QString& 
         }
     }
     sheet = std::move(result);
+    if (read)
+        *read = digest;
     return true;
 }
 

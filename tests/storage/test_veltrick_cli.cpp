@@ -71,7 +71,9 @@ private slots:
             row = object;
         }
         expected.insert(u"rows"_s, rows);
-        QCOMPARE(QJsonDocument::fromJson(m_out).object(), expected);
+        QJsonObject dumped = QJsonDocument::fromJson(m_out).object();
+        QVERIFY(dumped.take(u"read"_s).toString().size() == 40);
+        QCOMPARE(dumped, expected);
 
         run({u"totals"_s, u"@"_s}, {}, written);
         QCOMPARE(m_exitCode, 0);
@@ -105,6 +107,15 @@ private slots:
             if (exitCode != 0 && args.value(0) == u"write"_s)
                 QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == fileBytes);
         }
+        // A dump's list goes back into the file it came from, but not over what another program wrote since.
+        run({u"dump"_s, u"@"_s}, {}, storage::encodeTimesheet(three));
+        const QByteArray dumped = m_out;
+        run({u"write"_s, u"@"_s}, dumped, storage::encodeTimesheet(three));
+        QCOMPARE(m_exitCode, 0);
+        run({u"write"_s, u"@"_s}, dumped, whole);
+        QVERIFY(m_exitCode == 1 && m_err.contains("was changed by another program"));
+        QFile untouched(m_file);
+        QVERIFY(untouched.open(QIODevice::ReadOnly) && untouched.readAll() == whole);
         run({u"dump"_s, u"@"_s}, {}, storage::encodeTimesheet(three).chopped(3));
         const QJsonArray read = QJsonDocument::fromJson(m_out).object().value(u"rows"_s).toArray();
         QVERIFY(read.size() == 3 && read[2].toObject().value(u"job"_s).toString() == u"J2"_s);
