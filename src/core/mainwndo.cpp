@@ -181,7 +181,7 @@ void Mainwndo::Allstop()
 {
     startTimers(platform::Timer::Off);
     if (ListBox1.hasSelection()) {
-        keepStop(measure(ListBox1.selected(), started(), m_s.clock.now()));
+        keepStop(measureSelected(m_s.clock.now()));
         notifyRow();
     }
     autosave(); // clears boxchange when the stop reached the file; a failed write leaves it dirty
@@ -207,7 +207,7 @@ void Mainwndo::livecount()
     if (!ListBox1.hasSelection())
         return;
     const QDateTime now = m_s.clock.now();
-    const ClockMinute tick = measure(ListBox1.selected(), started(), now);
+    const ClockMinute tick = measureSelected(now);
     keepStop(tick);
     // The next count starts at this tick on both paths, so the stop inside the rollover below finds
     // nothing more to add to the old row.
@@ -221,6 +221,15 @@ void Mainwndo::livecount()
         boxchange = true;
     }
     autosave();
+}
+
+ClockMinute Mainwndo::measureSelected(const QDateTime& now)
+{
+    JobRow& row = ListBox1.selected();
+    const qint64 before = row.minutes();
+    const ClockMinute tick = measure(row, started(), now);
+    unsavedMinutes += row.minutes() - before;
+    return tick;
 }
 
 void Mainwndo::setStart(const ClockMinute& start)
@@ -531,6 +540,16 @@ bool Mainwndo::autosave()
         datastream = kDSWrite;
         if (!xpath.isEmpty()) {
             const platform::Result written = m_s.hooks.writeTimesheet(xpath, ListBox1);
+            if (written.code == platform::Result::kChangedElsewhere) {
+                // Not a fault of the disk: the question comes once this event is over, and timing goes on.
+                boxchange = true;
+                datastream = written.message;
+                m_timer2->setMode(platform::Timer::Single);
+                setRunButtons(buttonsWere);
+                m_s.gate.post(this, [this] { m_s.hooks.changedElsewhere(); });
+                saved = false;
+                continue;
+            }
             if (!written.ok()) {
                 // The rows stay in memory and the document is dirty, whatever it was: the file lags behind
                 // them, so a close asks. The next save tries again.
@@ -562,8 +581,10 @@ bool Mainwndo::autosave()
         Windowfilename();
         // Only rows that are in a file are safe: without one the document stays dirty, so that closing
         // it still asks.
-        if (saved)
+        if (saved) {
             boxchange = false;
+            unsavedMinutes = 0;
+        }
         setRunButtons(buttonsWere);
     } while (m_saveAgain);
     m_saving = false;
@@ -590,6 +611,7 @@ void Mainwndo::deleteall()
     emit emptying();
     ListBox1.DeleteAllRows();
     setStart({});
+    unsavedMinutes = 0;
     ListBox2.DeleteAllRows();
     xpath.clear();
     title = kAppTitle;

@@ -35,6 +35,9 @@ public:
         Q_UNUSED(sheet);
         return platform::Result::success();
     }
+    // A save found the file changed by another program and did not write: the user is to choose. Runs as
+    // an event of its own, after the one whose save was refused.
+    virtual void changedElsewhere() {}
     // Save As for a document that has no file yet.
     virtual void saveAs() {}
     virtual void budgetcheck() {}
@@ -123,6 +126,8 @@ public:
     QString myfilename = kUntitled;
     bool boxchange = false;
     bool running = false;
+    // Minutes the timer put on rows since the last save that reached the file.
+    qint64 unsavedMinutes = 0;
     QString stophrs, stopmin;
     std::optional<int> stopoffset; // of the clock at the stop, as ListBox1.startoffset is at the start
     bool dateschanged = false;
@@ -249,6 +254,8 @@ signals:
 private:
     void selectRow(int index);
     ClockMinute started() const { return {ListBox1.starthrs, ListBox1.startmin, ListBox1.startoffset}; }
+    // The clock minutes since the start onto the selected row, counted as not yet in the file.
+    ClockMinute measureSelected(const QDateTime& now);
     void setStart(const ClockMinute& start);
     void keepStop(const ClockMinute& stop);
     void setRunButtons(bool enabled);

@@ -16,6 +16,9 @@ struct Question
     QString action;    // caption of the default button
     QString alternate; // empty: no alternate button
     bool cancel = true;
+    // A third answer in place of Cancel, answered as Cancel. Escape and the close box then answer
+    // nothing: each of the three buttons does something.
+    QString other;
     bool caution = true;
 };
 

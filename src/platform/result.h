@@ -8,6 +8,9 @@ namespace platform
 // The outcome of a file or socket operation: code 0 is success; otherwise an errno-like code and a text.
 struct Result
 {
+    // A write refused because another program changed the file since this one last read or wrote it.
+    static constexpr int kChangedElsewhere = -409;
+
     int code = 0;
     QString message;
 

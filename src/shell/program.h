@@ -140,6 +140,7 @@ public:
         return m_document.writeTimesheet(path, sheet);
     }
     void saveAs() override { m_document.newSaveAs(); }
+    void changedElsewhere() override { m_document.changedElsewhere(); }
     // The budgets are checked here once preset jobs are kept; the check ends in the status.
     void budgetcheck() override;
     void budgetcheck2() override;

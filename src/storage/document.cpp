@@ -1,10 +1,14 @@
 #include "storage/document.h"
 
 #include "core/texts.h"
+#include "core/timetext.h"
 #include "storage/prefs_file.h"
 #include "storage/timesheet_file.h"
 
+#include <QDir>
 #include <QFileInfo>
+
+#include <unordered_map>
 
 namespace storage
 {
@@ -21,7 +25,60 @@ void stopRunningRows(std::vector<core::JobRow>& rows)
             row.run = core::kRunStopped;
 }
 
+// A free name beside `path`: the file's name and the moment in the pattern, counted on where taken.
+QString besideName(const FileStore& files, const QString& path, const QString& pattern, const QDateTime& now)
+{
+    const QFileInfo info(path);
+    const QString moment = now.toString(QStringLiteral("yyyy-MM-dd HH.mm"));
+    QString name = info.dir().filePath(pattern.arg(info.completeBaseName(), moment));
+    for (int n = 2; files.exists(name); ++n)
+        name =
+            info.dir().filePath(pattern.arg(info.completeBaseName(), moment + QLatin1Char('-') + QString::number(n)));
+    return name;
+}
+
+// The row that minutes timed on `row` belong to in another version of the list: same day, job, project and
+// operation.
+bool sameJob(const core::JobRow& a, const core::JobRow& b)
+{
+    for (int cell : {core::CellDate, core::CellJob, core::CellProject, core::CellOperation})
+        if (a.cell(cell) != b.cell(cell))
+            return false;
+    return true;
+}
+
+// Whether every row of `mine` is somewhere in `theirs`, as many times, the run mark aside.
+bool rowsContained(const std::vector<core::JobRow>& mine, const std::vector<core::JobRow>& theirs)
+{
+    const auto text = [](core::JobRow row) {
+        row.run = core::kRunStopped;
+        QByteArray bytes;
+        for (const auto& cell : row.cells)
+            bytes += cell.text().toUtf8() + '\x1f';
+        return bytes + row.note.toUtf8() + '\x1f' + row.budget.text().toUtf8() + '\x1f' + row.user.text().toUtf8();
+    };
+    std::unordered_map<std::string, int> counts;
+    for (const core::JobRow& row : theirs)
+        ++counts[text(row).toStdString()];
+    for (const core::JobRow& row : mine)
+        if (--counts[text(row).toStdString()] < 0)
+            return false;
+    return true;
+}
+
 } // namespace
+
+bool isConflictCopy(const QString& fileName, const QString& name)
+{
+    const QFileInfo file(fileName);
+    const QString base = file.completeBaseName();
+    const QString suffix = QLatin1Char('.') + file.suffix();
+    if (!name.endsWith(suffix) || name == fileName)
+        return false;
+    // Dropbox and Nextcloud: "NAME (… conflicted copy …).vlk"; Syncthing: "NAME.sync-conflict-….vlk".
+    return (name.startsWith(base + QStringLiteral(" (")) && name.contains(QStringLiteral("conflicted copy"))) ||
+           name.startsWith(base + QStringLiteral(".sync-conflict-"));
+}
 
 Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
                    platform::Clock& clock, QString documentsFolder)
@@ -38,6 +95,9 @@ void Document::sesame()
 
     const QString path = QFileInfo(m_app.thisdoc).absoluteFilePath();
     QByteArray bytes;
+    // Taken before the read: a write that comes between the two shows as a change at the next save.
+    FileStamp stamp;
+    m_files.stamp(path, stamp);
     platform::Result read = m_files.read(path, bytes);
     ReadResult result;
     if (read.ok())
@@ -61,12 +121,22 @@ void Document::sesame()
 
     w.xpath = path;
     m_app.prefs.lastdoc = path;
+    know(path, stamp, bytes);
+    m_mine.clear();
 
     // A row still marked as running was left so by a crash or a quit: charge the time since.
     int remembered = 0;
     bool found = false;
     for (int i = 0; i < w.ListBox1.ListCount(); ++i) {
-        if (w.ListBox1.row(i).run == core::kRunRunning) {
+        core::JobRow& row = w.ListBox1.row(i);
+        if (row.run == core::kRunRunning && m_ownRun && sameJob(row, m_ownRun->row) &&
+            w.ListBox1.starthrs == m_ownRun->starthrs && w.ListBox1.startmin == m_ownRun->startmin) {
+            // This program's own running mark, come back with another computer's version: the minutes
+            // since are carried over by the caller, not charged again from the mark.
+            row.run = core::kRunStopped;
+            continue;
+        }
+        if (row.run == core::kRunRunning) {
             m_desktop.beep();
             m_dialogs.message(core::App::kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped +
                               QString::number(i + 1) + kAppElapsedTime);
@@ -88,40 +158,50 @@ void Document::sesame()
     emit w.controlsChanged();
     w.checkAllBudgets(); // the budget marks and the preset list's hours, as of this timesheet
     emit w.opened();
+    noticeConflictCopies(path);
 }
 
 void Document::newSaveAs()
 {
-    core::Mainwndo& w = m_app.mainwndo();
+    m_app.mainwndo(); // New opens an untitled window, which stays when the chooser is cancelled
     const QString chosen =
         m_dialogs.saveFile(kAppNewSheetDlgTitle, kAppNewSheetPrompt, m_documents, kAppSuggestFileName, kFileFilter);
-    if (chosen.isEmpty())
-        return;
+    if (!chosen.isEmpty())
+        saveAsChosen(chosen);
+}
+
+bool Document::saveAsChosen(const QString& chosen)
+{
+    core::Mainwndo& w = m_app.mainwndo();
     QString path = QFileInfo(chosen).absoluteFilePath();
     if (QFileInfo(path).suffix().isEmpty())
         path += QLatin1Char('.') + kTimesheetSuffix;
 
     w.showStatus(core::Mainwndo::kDSWrite);
-    const platform::Result written = writeTimesheet(path, w.ListBox1);
+    const platform::Result written = writeOver(path, w.ListBox1);
     if (!written.ok()) {
         m_desktop.beep();
         m_dialogs.message(QStringLiteral("Error [") + QString::number(written.code) + QStringLiteral("] ") +
                           kAppNoAccess + QStringLiteral("\n\n") + kAppNoAccessTxt);
-        return;
+        return false;
     }
     w.xpath = path;
     m_app.prefs.lastdoc = path;
     m_app.thisdoc = path;
     w.Windowfilename();
     w.boxchange = false;
+    w.unsavedMinutes = 0;
     w.rowcheck();
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
     emit w.opened();
+    return true;
 }
 
 void Document::open()
 {
-    const QString chosen = m_dialogs.openFile(kAppOpenDlgTitle, m_documents, kFileFilter);
+    // A sync conflict copy told of is offered: the chooser starts on it.
+    const QString start = m_files.exists(m_copyOffered) ? m_copyOffered : m_documents;
+    const QString chosen = m_dialogs.openFile(kAppOpenDlgTitle, start, kFileFilter);
     if (chosen.isEmpty() || !m_files.exists(chosen))
         return;
     m_app.thisdoc = chosen;
@@ -176,15 +256,218 @@ bool Document::switchitConfirmed()
 
 platform::Result Document::writeTimesheet(const QString& path, const core::Timesheet& sheet)
 {
+    if (changedOnDisk(path)) {
+        keepMine(path, sheet);
+        return platform::Result::failure(platform::Result::kChangedElsewhere, kNotSaved);
+    }
+    return writeOver(path, sheet);
+}
+
+platform::Result Document::writeOver(const QString& path, const core::Timesheet& sheet)
+{
     m_backups.beforeWrite(path, m_clock.now().date());
     int cut = 0;
     encodeTimesheet(sheet, m_buffer, &cut);
-    const platform::Result result = m_files.write(path, m_buffer);
-    if (result.ok() && cut > 0 && !m_toldCut) {
+    FileStamp stamp;
+    const platform::Result result = m_files.write(path, m_buffer, stamp);
+    if (!result.ok())
+        return result;
+    know(path, stamp, m_buffer);
+    m_savedStart = {sheet.starthrs, sheet.startmin};
+    if (cut > 0 && !m_toldCut) {
         m_toldCut = true;
         m_dialogs.message(kNoteCut);
     }
     return result;
+}
+
+void Document::know(const QString& path, const FileStamp& stamp, const QByteArray& bytes)
+{
+    m_known = {path, stamp, contentHash(bytes)};
+}
+
+bool Document::changedOnDisk(const QString& path)
+{
+    if (path != m_known.path)
+        return false; // a file chosen in Save As: the chooser asked before replacing it
+    FileStamp now;
+    if (!m_files.stamp(path, now) || now == m_known.stamp)
+        return false; // the same file, or none: writing it again loses nothing
+    QByteArray bytes;
+    if (!m_files.read(path, bytes).ok())
+        return false; // the write that follows says what is wrong
+    if (contentHash(bytes) == m_known.hash) {
+        m_known.stamp = now; // touched, or copied back as it was
+        return false;
+    }
+    m_theirs = std::move(bytes);
+    m_theirsStamp = now;
+    return true;
+}
+
+void Document::keepMine(const QString& path, const core::Timesheet& sheet)
+{
+    if (m_mine.isEmpty())
+        m_mine = besideName(m_files, path, kMineName, m_clock.now());
+    m_files.write(m_mine, encodeTimesheet(sheet));
+}
+
+void Document::dropMine()
+{
+    if (!m_mine.isEmpty())
+        m_files.remove(m_mine);
+    m_mine.clear();
+}
+
+void Document::changedElsewhere()
+{
+    core::Mainwndo* w = m_app.existingMainwndo();
+    if (m_choosing || !w || w->xpath.isEmpty())
+        return;
+    if (!changedOnDisk(w->xpath)) {
+        // Put back as it was meanwhile: this list can go to its file again.
+        if (w->autosave())
+            dropMine();
+        return;
+    }
+    m_choosing = true;
+    keepMine(w->xpath, w->ListBox1);
+    platform::Question question;
+    question.message = kChangedQuestion.arg(QFileInfo(w->xpath).fileName());
+    question.explanation = kChangedExplain.arg(QFileInfo(m_mine).fileName());
+    question.action = kOpenTheirs;
+    question.alternate = kKeepMine;
+    question.other = kSaveMineAs;
+    m_desktop.beep();
+    for (bool done = false; !done;) {
+        switch (m_dialogs.ask(question)) {
+        case platform::Answer::Action:
+            openTheirs();
+            done = true;
+            break;
+        case platform::Answer::Alternate:
+            done = keepMineOver();
+            break;
+        case platform::Answer::Cancel:
+            done = saveMineAs();
+            break;
+        }
+    }
+    m_choosing = false;
+}
+
+void Document::openTheirs()
+{
+    core::Mainwndo& w = m_app.mainwndo();
+    // The stop puts the minutes up to now on the row; its save is refused, and this list goes beside.
+    if (w.running)
+        w.Allstop();
+    const qint64 carried = w.unsavedMinutes;
+    const core::Timesheet mine = w.ListBox1;
+    if (mine.hasSelection())
+        m_ownRun = OwnRun{mine.selected(), m_savedStart.first, m_savedStart.second};
+    const QString mineBeside = m_mine; // the read forgets it, as for any timesheet opened
+    m_app.thisdoc = w.xpath;
+    sesame();
+    m_ownRun.reset();
+    m_mine = mineBeside;
+    // A damaged file of theirs was told of by the read; this list then stays beside it, whole.
+    const bool read = !w.xpath.isEmpty();
+    if (read && carried > 0 && mine.hasSelection()) {
+        const core::JobRow& timed = mine.selected();
+        const auto found = std::find_if(w.ListBox1.rows.begin(), w.ListBox1.rows.end(),
+                                        [&](const core::JobRow& row) { return sameJob(row, timed); });
+        const int index = int(found - w.ListBox1.rows.begin());
+        const bool onItsRow = found != w.ListBox1.rows.end();
+        if (onItsRow) {
+            found->setMinutes(found->minutes() + carried);
+        } else {
+            core::JobRow row = timed;
+            row.setMinutes(carried);
+            row.run = core::kRunStopped;
+            w.ListBox1.AddRow(std::move(row));
+        }
+        emit w.rowsReset();
+        if (!w.running)
+            w.setListIndex(index);
+        emit w.rowChanged(index);
+        w.markChanged();
+        w.autosave(); // in the file before the user reads where they went
+        m_dialogs.message((onItsRow ? kCarriedTo : kCarriedNew).arg(core::hhmm(carried)).arg(index + 1));
+    }
+    if (read && rowsContained(mine.rows, w.ListBox1.rows))
+        dropMine();
+    else
+        m_dialogs.message(kMineKept.arg(QFileInfo(m_mine).fileName()));
+    m_mine.clear();
+}
+
+bool Document::keepMineOver()
+{
+    core::Mainwndo& w = m_app.mainwndo();
+    const QString theirs = besideName(m_files, w.xpath, kTheirsName, m_clock.now());
+    const platform::Result kept = m_files.write(theirs, m_theirs);
+    if (!kept.ok()) {
+        m_desktop.beep();
+        m_dialogs.message(QStringLiteral("Error [") + QString::number(kept.code) + QStringLiteral("] ") + kept.message);
+        return false;
+    }
+    // Theirs is safe beside: the file may take this list. A version newer still is asked about again.
+    m_known = {w.xpath, m_theirsStamp, contentHash(m_theirs)};
+    if (w.autosave())
+        dropMine();
+    w.showStatus(kTheirsKept.arg(QFileInfo(theirs).fileName()));
+    return true;
+}
+
+bool Document::saveMineAs()
+{
+    core::Mainwndo& w = m_app.mainwndo();
+    const QString chosen = m_dialogs.saveFile(kAppNewSheetDlgTitle, kAppNewSheetPrompt, QFileInfo(w.xpath).path(),
+                                              QFileInfo(m_mine).fileName(), kFileFilter);
+    if (chosen.isEmpty() || !saveAsChosen(chosen))
+        return false;
+    if (QFileInfo(chosen).absoluteFilePath() != m_mine)
+        dropMine();
+    m_mine.clear();
+    return true;
+}
+
+void Document::checkDisk()
+{
+    core::Mainwndo* w = m_app.existingMainwndo();
+    if (m_choosing || !w || w->xpath.isEmpty())
+        return;
+    if (changedOnDisk(w->xpath)) {
+        if (w->boxchange || w->running) {
+            changedElsewhere();
+        } else if (decodeTimesheet(m_theirs).complete) { // one still being written reads short: it comes again
+            const int index = w->ListBox1.ListIndex;
+            w->showStatus(kReread); // a conflict copy found with the new version is told of in its place
+            m_app.thisdoc = w->xpath;
+            sesame();
+            if (!w->running && index < w->ListBox1.ListCount())
+                w->setListIndex(index);
+            return;
+        }
+    }
+    noticeConflictCopies(w->xpath);
+}
+
+void Document::noticeConflictCopies(const QString& path)
+{
+    const QFileInfo file(path);
+    QStringList told;
+    for (const QString& name : m_files.list(file.absolutePath())) {
+        const QString copy = file.dir().filePath(name);
+        if (isConflictCopy(file.fileName(), name) && !m_toldCopies.contains(copy)) {
+            m_toldCopies.insert(copy);
+            m_copyOffered = copy;
+            told << name;
+        }
+    }
+    if (!told.isEmpty())
+        m_app.mainwndo().showStatus(kConflictCopy.arg(told.join(QStringLiteral("\u201d, \u201c"))));
 }
 
 void Document::readPrefs(core::AppPrefs& prefs)

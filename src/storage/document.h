@@ -4,6 +4,10 @@
 #include "storage/backups.h"
 #include "storage/filestore.h"
 
+#include <QSet>
+
+#include <optional>
+
 namespace storage
 {
 
@@ -36,6 +40,31 @@ public:
         "ONLY if you have finished working in this Timesheet and you want to update your existing Budget totals "
         "before starting a New Timesheet.\n\nThis operation can not be undone.");
     inline static const QString kFileFilter = QStringLiteral("Veltrick Timesheet (*.vlk)");
+    // Another program or computer wrote the file since this one read or wrote it.
+    inline static const QString kChangedQuestion =
+        QStringLiteral("\u201c%1\u201d was changed by another program or computer since Veltrick last saved it.");
+    inline static const QString kChangedExplain = QStringLiteral(
+        "Open Theirs reads the file as it is now: a running job stops, and its minutes since the last save are "
+        "added to it. Keep Mine saves this list over it and keeps the other version beside it. Until you choose, "
+        "this list is kept as \u201c%1\u201d.");
+    inline static const QString kOpenTheirs = QStringLiteral("Open Theirs");
+    inline static const QString kKeepMine = QStringLiteral("Keep Mine");
+    inline static const QString kSaveMineAs = QStringLiteral("Save Mine As\u2026");
+    inline static const QString kNotSaved = QStringLiteral("Not saved: changed elsewhere");
+    inline static const QString kTheirsName = QStringLiteral("%1 (changed elsewhere %2).vlk");
+    inline static const QString kMineName = QStringLiteral("%1 (mine %2).vlk");
+    inline static const QString kCarriedTo =
+        QStringLiteral("The %1 timed here since the last save was added to row %2 of the file read.");
+    inline static const QString kCarriedNew = QStringLiteral(
+        "The %1 timed here since the last save was put on a new row %2: the file read has no row of that date, "
+        "job, project and operation.");
+    inline static const QString kMineKept =
+        QStringLiteral("This list as it was is kept as \u201c%1\u201d: it has rows the file read does not.");
+    inline static const QString kTheirsKept = QStringLiteral("The other version is kept as \u201c%1\u201d.");
+    inline static const QString kReread = QStringLiteral("Changed elsewhere and read again");
+    inline static const QString kConflictCopy =
+        QStringLiteral("A sync conflict copy is in the folder: \u201c%1\u201d. File \u25b8 Open offers it once this "
+                       "timesheet is closed.");
 
     Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
              platform::Clock& clock, QString documentsFolder);
@@ -51,14 +80,45 @@ public:
     void openOld();
     // "Close && Total Budgets…": true when the user chose OK and the budgets are to be totalled.
     bool switchitConfirmed();
+    // The save of the open timesheet, every minute's included. A file that another program changed since
+    // it was read or written is not written over: the result says so, and this list goes beside it until
+    // the user chooses (changedElsewhere), so that a kill meanwhile loses neither version.
     platform::Result writeTimesheet(const QString& path, const core::Timesheet& sheet);
+    // The question, once a save was refused: open theirs, keep mine, or save mine under another name.
+    void changedElsewhere();
+    // The file or its folder changed on disk: a clean timesheet is read again, one with changes in memory
+    // asks; a sync tool's conflict copy of it is told of once.
+    void checkDisk();
 
     void readPrefs(core::AppPrefs& prefs);
     void saveprefs(const core::AppPrefs& prefs);
 
 private:
+    // What the document's file was when last read or written here.
+    struct OnDisk
+    {
+        QString path;
+        FileStamp stamp;
+        QByteArray hash;
+    };
+
     // The message of a timesheet that could not be read whole.
     void loadFailed(const QString& path);
+    // Writes with no look at what is on disk: the user chose the file, or chose to write over it.
+    platform::Result writeOver(const QString& path, const core::Timesheet& sheet);
+    // Writes the window's rows to a file the user chose and makes it the open timesheet.
+    bool saveAsChosen(const QString& chosen);
+    void know(const QString& path, const FileStamp& stamp, const QByteArray& bytes);
+    // True when the file at the known path holds other bytes than were last read or written; they are
+    // kept in m_theirs.
+    bool changedOnDisk(const QString& path);
+    // This list, beside the file, while the user has not chosen.
+    void keepMine(const QString& path, const core::Timesheet& sheet);
+    void openTheirs();
+    bool keepMineOver();
+    bool saveMineAs();
+    void dropMine();
+    void noticeConflictCopies(const QString& path);
 
     core::App& m_app;
     FileStore& m_files;
@@ -69,6 +129,26 @@ private:
     QString m_documents;
     bool m_toldCut = false;
     QByteArray m_buffer; // the bytes of the last save, kept so the next one needs no new memory
+    OnDisk m_known;
+    QByteArray m_theirs; // the other writer's version, as last found
+    FileStamp m_theirsStamp;
+    QString m_mine; // the copy of this list beside the file, while the question waits
+    bool m_choosing = false;
+    // The start last written, and, while another version is read in, the row this program was timing:
+    // a running mark of that row from that start is this program's own.
+    std::pair<QString, QString> m_savedStart;
+    struct OwnRun
+    {
+        core::JobRow row;
+        QString starthrs, startmin;
+    };
+    std::optional<OwnRun> m_ownRun;
+    QSet<QString> m_toldCopies;
+    QString m_copyOffered; // the newest conflict copy told of: File > Open starts there
 };
+
+// Whether `name`, in the same folder, is a copy that a sync tool made of `fileName` when two computers
+// changed it at once.
+bool isConflictCopy(const QString& fileName, const QString& name);
 
 } // namespace storage

@@ -7,6 +7,7 @@
 #include <QtTest>
 
 using namespace core;
+using namespace Qt::StringLiterals;
 using namespace shell;
 using storage::OperationList;
 
@@ -444,6 +445,143 @@ private slots:
         ops.append({QStringLiteral("Prepress"), QStringLiteral("Gr\u00f6\u00dfe \u6771 & bench")});
         ops.append({QString(20, u'n'), QString(90, u'd')});
         QCOMPARE(storage::decodeOperations(rig->files.files.value(kOps)), ops);
+    }
+
+    // Another computer's version reaches the file between two saves, while a job runs or with an edit not
+    // yet saved. It is never written over; at the question both versions are on disk (a kill then loses
+    // nothing); each answer leaves every row of both versions in some file and every minute timed here.
+    void changedElsewhere_data()
+    {
+        QTest::addColumn<bool>("running");
+        QTest::addColumn<bool>("rowGoneThere");
+        QTest::addColumn<int>("answer");
+        const int theirs = int(platform::Answer::Action), mine = int(platform::Answer::Alternate),
+                  mineAs = int(platform::Answer::Cancel);
+        QTest::newRow("running, open theirs") << true << false << theirs;
+        QTest::newRow("running, open theirs without the row") << true << true << theirs;
+        QTest::newRow("running, keep mine") << true << false << mine;
+        QTest::newRow("running, save mine as") << true << false << mineAs;
+        QTest::newRow("edited, open theirs") << false << false << theirs;
+        QTest::newRow("edited, keep mine") << false << true << mine;
+    }
+    void changedElsewhere()
+    {
+        QFETCH(bool, running);
+        QFETCH(bool, rowGoneThere);
+        QFETCH(int, answer);
+        const auto onDisk = [this] {
+            std::vector<JobRow> rows;
+            for (auto [path, bytes] : rig->files.files.asKeyValueRange())
+                if (path.startsWith(u"/docs/"))
+                    for (const JobRow& row : storage::decodeTimesheet(bytes).sheet.rows)
+                        rows.push_back(row);
+            return rows;
+        };
+        // A row of that day, job, project and operation, with that note and at least its minutes.
+        const auto kept = [](const std::vector<JobRow>& rows, const JobRow& wanted) {
+            return std::ranges::any_of(rows, [&](const JobRow& row) {
+                return row.cell(CellJob) == wanted.cell(CellJob) && row.cell(CellDate) == wanted.cell(CellDate) &&
+                       row.note == wanted.note && row.minutes() >= wanted.minutes();
+            });
+        };
+        openTwo(0);
+        if (running) {
+            rig->program->runButton();
+            rig->clock.set(2026, 11, 23, 10, 1);
+            rig->tick();
+        } else {
+            w().ListBox1.row(1).note = QStringLiteral("typed here");
+            w().markChanged();
+        }
+        Timesheet theirs = storage::decodeTimesheet(rig->files.files.value(kSheet)).sheet;
+        if (rowGoneThere)
+            theirs.RemoveRow(0);
+        theirs.AddRow(row("C300", 15));
+        rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
+
+        std::vector<JobRow> atQuestion;
+        QByteArray fileAtQuestion;
+        dialogs.whileAsking = [&] {
+            atQuestion = onDisk();
+            fileAtQuestion = rig->files.files.value(kSheet);
+        };
+        dialogs.expectAnswer(platform::Answer(answer));
+        if (answer == int(platform::Answer::Cancel))
+            dialogs.expectFile(QStringLiteral("/docs/mine.vlk"));
+        rig->clock.set(2026, 11, 23, 10, 3);
+        if (running)
+            rig->tick();
+        else
+            rig->program->post([this] { rig->program->document().checkDisk(); });
+        QCOMPARE(dialogs.questions.size(), 1);
+        QCOMPARE(dialogs.questions[0].message, storage::Document::kChangedQuestion.arg(u"a.vlk"_s));
+
+        // At the question: theirs untouched in the file, this list beside it.
+        QCOMPARE(fileAtQuestion, storage::encodeTimesheet(theirs));
+        for (const JobRow& row : theirs.rows)
+            QVERIFY(kept(atQuestion, row));
+        const int timed = running ? 33 : 30;
+        QVERIFY(kept(atQuestion, row("A100", timed)));
+        QVERIFY(kept(atQuestion, [&] {
+            JobRow r = row("B200", 0);
+            r.note = running ? QString() : QStringLiteral("typed here");
+            return r;
+        }()));
+
+        // After the answer: both versions' rows on disk, and the minutes timed here in the open file.
+        const std::vector<JobRow> after = onDisk();
+        for (const JobRow& row : theirs.rows)
+            QVERIFY(kept(after, row));
+        QVERIFY(kept(after, row("A100", timed)));
+        const Timesheet open = storage::decodeTimesheet(rig->files.files.value(w().xpath)).sheet;
+        qint64 a100 = 0;
+        for (const JobRow& r : open.rows)
+            a100 += r.cell(CellJob) == u"A100"_s ? r.minutes() : 0;
+        QCOMPARE(a100, answer == int(platform::Answer::Action) && rowGoneThere ? timed - 31 : timed);
+        QCOMPARE(w().xpath, answer == int(platform::Answer::Cancel) ? u"/docs/mine.vlk"_s : kSheet);
+        QCOMPARE(w().running, running && answer != int(platform::Answer::Action));
+        const QStringList beside = rig->files.list(u"/docs"_s).filter(u"changed elsewhere"_s);
+        QCOMPARE(beside.size(), answer == int(platform::Answer::Alternate) ? 1 : 0);
+        // The copy of this list beside the file stays only where the file read lacks some of its rows.
+        const bool mineKept = answer == int(platform::Answer::Action) && (rowGoneThere || !running);
+        QCOMPARE(rig->files.list(u"/docs"_s).filter(u"(mine "_s).size(), mineKept ? 1 : 0);
+        // Once chosen, the next minute's save goes through without asking again.
+        if (w().running) {
+            rig->clock.set(2026, 11, 23, 10, 4);
+            rig->tick();
+            QVERIFY(!w().boxchange);
+        }
+        QCOMPARE(dialogs.questions.size(), 1);
+    }
+
+    // A clean, stopped timesheet changed on disk is read again without a question; a sync tool's conflict
+    // copy beside it is told of once, and File > Open starts on it.
+    void changedElsewhereWhileClean()
+    {
+        openTwo(0);
+        Timesheet theirs = storage::decodeTimesheet(rig->files.files.value(kSheet)).sheet;
+        theirs.AddRow(row("C300", 15));
+        rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
+        const QString copy = u"/docs/a (Ann's conflicted copy 2026-11-23).vlk"_s;
+        rig->files.files[copy] = rig->files.files.value(kSheet);
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QVERIFY(dialogs.questions.isEmpty());
+        QCOMPARE(w().ListBox1.ListCount(), 3);
+        QCOMPARE(w().datastream, storage::Document::kConflictCopy.arg(u"a (Ann's conflicted copy 2026-11-23).vlk"_s));
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QCOMPARE(w().datastream, storage::Document::kConflictCopy.arg(u"a (Ann's conflicted copy 2026-11-23).vlk"_s));
+        w().Timer2_Action();
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QVERIFY(w().datastream.isEmpty());
+        rig->program->command(Item::clozeit);
+        dialogs.expectFile(QString());
+        rig->program->command(Item::open);
+        QCOMPARE(dialogs.openedIn, copy);
+        for (const char* name :
+             {"a (conflicted copy 2026-11-23 101500).vlk", "a.sync-conflict-20261123-101500-ABC.vlk"})
+            QVERIFY(storage::isConflictCopy(u"a.vlk"_s, QString::fromUtf8(name)));
+        for (const char* name : {"a.vlk", "ab (conflicted copy).vlk", "a (changed elsewhere 2026-11-23 10.15).vlk"})
+            QVERIFY(!storage::isConflictCopy(u"a.vlk"_s, QString::fromUtf8(name)));
     }
 };
 

@@ -13,6 +13,8 @@ std::unique_ptr<platform::Timer> FakeTimers::create(int periodMs)
 platform::Answer ScriptedDialogs::ask(const platform::Question& question)
 {
     questions << question;
+    if (whileAsking)
+        whileAsking();
     if (m_answers.empty()) {
         errors << QStringLiteral("unexpected question: ") + question.message;
         return platform::Answer::Cancel;

@@ -73,7 +73,11 @@ public:
     {
         return nextFile(title);
     }
-    QString openFile(const QString& title, const QString&, const QString&) override { return nextFile(title); }
+    QString openFile(const QString& title, const QString& dir, const QString&) override
+    {
+        openedIn = dir;
+        return nextFile(title);
+    }
     bool print(const platform::Report& report) override
     {
         printed << report;
@@ -87,9 +91,12 @@ public:
         m_modals.push_back({formName, std::move(handler)});
     }
     void expectFile(const QString& path) { m_files.push_back(path); }
+    // Runs while a question waits for its answer: what a kill at that moment would leave.
+    std::function<void()> whileAsking;
     bool scriptDone() const { return m_answers.empty() && m_modals.empty() && m_files.empty(); }
 
     QStringList messages;
+    QString openedIn; // where the last open chooser started
     QList<platform::Question> questions;
     QStringList modalsShown;
     QList<platform::Report> printed;

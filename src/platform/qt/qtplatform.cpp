@@ -65,9 +65,11 @@ Answer QtDialogs::ask(const Question& question)
     QPushButton* action = box.addButton(question.action, QMessageBox::AcceptRole);
     QPushButton* alternate =
         question.alternate.isEmpty() ? nullptr : box.addButton(question.alternate, QMessageBox::DestructiveRole);
-    QPushButton* cancel = question.cancel ? box.addButton(QMessageBox::Cancel) : nullptr;
+    QPushButton* cancel = !question.other.isEmpty() ? box.addButton(question.other, QMessageBox::ActionRole)
+                          : question.cancel         ? box.addButton(QMessageBox::Cancel)
+                                                    : nullptr;
     box.setDefaultButton(action);
-    if (cancel)
+    if (cancel && question.other.isEmpty())
         box.setEscapeButton(cancel);
     box.exec();
     if (box.clickedButton() == action)
