@@ -14,6 +14,7 @@ import shlex
 import struct
 import subprocess
 import sys
+import threading
 import time
 import traceback
 
@@ -520,6 +521,123 @@ def late_tray(d):
 
 
 late_tray.desktop = {"tray": False}
+
+
+class SyncedFolders(threading.Thread):
+    """Two folders kept in step the way a sync client keeps two computers: a file changed on one side
+    replaces the other side's whole file (written beside, then renamed over it); changed on both, the newer
+    wins and the other is kept as a conflict copy. Every version of `watch_job`'s minutes seen in the first
+    folder is noted, to tell whether time ever went backwards."""
+
+    def __init__(self, cli, one, other, name, watch_job):
+        super().__init__(daemon=True)
+        self.cli, self.folders, self.name, self.watch_job = cli, (one, other), name, watch_job
+        self.synced, self.seen, self.copies, self.running = {}, [], 0, True
+        os.makedirs(other, exist_ok=True)
+
+    def read(self, folder):
+        try:
+            with open(os.path.join(folder, self.name), "rb") as file:
+                return file.read()
+        except FileNotFoundError:
+            return None
+
+    def put(self, folder, name, data):
+        temp = os.path.join(folder, ".sync-%s.tmp" % name)
+        with open(temp, "wb") as file:
+            file.write(data)
+        os.replace(temp, os.path.join(folder, name))
+
+    def run(self):
+        while self.running:
+            one, other = (self.read(folder) for folder in self.folders)
+            base = self.synced.get(self.name)
+            if one is not None and one != other:
+                if other is None or other == base:
+                    self.put(self.folders[1], self.name, one)
+                    self.synced[self.name] = one
+                elif one == base:
+                    self.put(self.folders[0], self.name, other)
+                    self.synced[self.name] = other
+                else:  # both changed: the first folder's wins, the other's is kept beside in both
+                    self.copies += 1
+                    copy = self.name.replace(".vlk", ".sync-conflict-%d-JOURNEY.vlk" % self.copies)
+                    for folder in self.folders:
+                        self.put(folder, copy, other)
+                    self.put(self.folders[1], self.name, one)
+                    self.synced[self.name] = one
+            elif one is not None:
+                self.synced[self.name] = one
+            self.note()
+            time.sleep(0.2)
+
+    def note(self):
+        done = subprocess.run([self.cli, "dump", os.path.join(self.folders[0], self.name)], capture_output=True)
+        if done.returncode == 0:
+            rows = json.loads(done.stdout)["rows"]
+            self.seen += [minutes(r) for r in rows if r["job"] == self.watch_job][:1]
+
+
+def add_row_elsewhere(d, path, job):
+    """The other computer adds a row with veltrick-cli, which writes nothing over a version it did not read."""
+    def added():
+        sheet = d.sheet(path)
+        sheet["rows"].append(row(today(), job, 20, project="Laptop"))
+        return subprocess.run([d.cli, "write", path], input=json.dumps(sheet).encode()).returncode == 0
+    wait_for("the row %s added on the other computer" % job, added)
+
+
+@journey
+def synced_folders(d):
+    """A timesheet in a folder that a sync client keeps in step with a second computer's. Rows are added
+    there while a job is timed here, and while it is stopped; at the end both computers' rows are in the
+    file, and the job's minutes never went back."""
+    on_fast_clock(d, datetime.datetime.combine(datetime.date.today(), datetime.time(10, 0)), factor=10)
+    path = sheet_of(d, [row(today(), "J1", 30, project="Desk")])
+    laptop = os.path.join(d.work, "laptop")
+    sync = SyncedFolders(d.cli, d.docs, laptop, "sheet.vlk", "J1")
+    sync.start()
+    there = os.path.join(laptop, "sheet.vlk")
+    try:
+        window = open_sheet(d, path)
+        d.key("alt+c", "Return")  # Control > Start
+        job = lambda: [r for r in d.sheet(path)["rows"] if r["job"] == "J1"][0]
+        wait_for("a minute timed", lambda: job()["run"] == "*" and minutes(job()) >= 31, 30)
+        wait_for("the laptop in step", lambda: sync.read(laptop) == sync.read(d.docs))
+        strip = set(d.windows("Veltrick"))  # the status strip has the program's name too
+        boxes = lambda: [w for w in d.windows("Veltrick") if w not in strip]
+        add_row_elsewhere(d, there, "L1")
+        question = wait_for("the question", boxes, 30)[0]
+        d.screenshot("synced-question")
+        asked = minutes(job())
+        time.sleep(7)  # over a minute of the program's clock: the job is timed on while the question waits
+        d.focus(question)
+        d.key("Return")  # Open Theirs: the job stops, its minutes go on its row of their file
+        told = wait_for("the minutes carried over", lambda: [w for w in boxes() if w != question])[0]
+        d.screenshot("synced-carried")
+        d.focus(told)
+        d.key("Return")
+        wait_for("no box left", lambda: not boxes())
+        jobs = lambda sheet: sorted(r["job"] for r in d.sheet(sheet)["rows"])
+        wait_for("both rows in the file", lambda: jobs(path) == ["J1", "L1"] and job()["run"] == "")
+        wait_for("the laptop in step", lambda: jobs(there) == ["J1", "L1"])
+        timed = minutes(job())
+        check(timed > asked, "the minute of the question was lost: %d, then %d" % (asked, timed))
+        add_row_elsewhere(d, there, "L2")  # the job stopped, nothing unsaved: read again, no question
+        wait_for("the new row read in quietly", lambda: sync.read(laptop) == sync.read(d.docs), 10)
+        time.sleep(2)
+        check(not boxes(), "a question came for a clean timesheet")
+        d.focus(window)
+        d.key("alt+c", "Return")  # Control > Start
+        wait_for("the job timed on", lambda: job()["run"] == "*" and minutes(job()) >= timed + 2, 30)
+        quit_cleanly(d, ["ctrl+q"], window)
+        wait_for("the laptop in step", lambda: sync.read(laptop) == sync.read(d.docs))
+    finally:
+        sync.running = False
+        sync.join()
+    for sheet in (path, there):
+        check(jobs(sheet) == ["J1", "L1", "L2"], "%s holds %s" % (sheet, jobs(sheet)))
+    check(all(a <= b for a, b in zip(sync.seen, sync.seen[1:])), "the job's minutes went back: %s" % sync.seen)
 
 
 def main():

@@ -12,6 +12,7 @@
 #include "jobs/ui/listwiring.h"
 #include "jobs/ui/rowviews.h"
 #include "shell/aboutbox.h"
+#include "shell/ui/filewatch.h"
 #include "shell/ui/prefwinview.h"
 #include "shell/ui/printviews.h"
 #include "shell/ui/statusviews.h"
@@ -398,6 +399,11 @@ void Shell::showMainwndo(core::Mainwndo* form)
     };
     connect(form, &core::Mainwndo::controlsChanged, this, &Shell::applyCommands);
     connect(form, &core::Mainwndo::selectionChanged, this, &Shell::applyCommands);
+    // Another program's change to the open file is looked at as an event of its own, like a key.
+    auto* watch = new FileWatch(view);
+    watch->watch(form->xpath);
+    connect(form, &core::Mainwndo::opened, watch, [watch, form] { watch->watch(form->xpath); });
+    connect(watch, &FileWatch::changed, this, [this] { m_program.post([this] { m_program.document().checkDisk(); }); });
     addMenus(view->menuBar());
     m_strip = new StatusWindowView(parts->strip, *form, m_program, view);
     // Made whether a tray is there or not: a panel that starts later (a login, a restart) gets it then.
