@@ -57,4 +57,10 @@ void JobRow::setMinutes(qint64 total)
     setCell(CellMinutes, fmt00(total % 60));
 }
 
+QString JobRow::timingKey() const
+{
+    const QChar separator(0x1f);
+    return cell(CellDate) + separator + cell(CellJob) + separator + cell(CellProject) + separator + cell(CellOperation);
+}
+
 } // namespace core

@@ -54,6 +54,8 @@ struct JobRow
     // The row's total time in minutes: hours times 60 plus minutes, unreadable cells counting 0.
     qint64 minutes() const;
     void setMinutes(qint64 total);
+    // The day, job, project and operation: rows with the same key are the same job's time that day.
+    QString timingKey() const;
 
     bool operator==(const JobRow&) const = default;
 };

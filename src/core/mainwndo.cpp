@@ -226,10 +226,8 @@ void Mainwndo::livecount()
 ClockMinute Mainwndo::measureSelected(const QDateTime& now)
 {
     JobRow& row = ListBox1.selected();
-    const qint64 before = row.minutes();
-    const ClockMinute tick = measure(row, started(), now);
-    unsavedMinutes += row.minutes() - before;
-    return tick;
+    timedSinceSave.insert(row.timingKey());
+    return measure(row, started(), now);
 }
 
 void Mainwndo::setStart(const ClockMinute& start)
@@ -437,6 +435,11 @@ void Mainwndo::dupejob()
     insertRow(0, std::move(copy));
     emit rowsReset();
     selectRow(0); // the engine's own move: the running job goes on in the new row
+    rebuildClientRows();
+}
+
+void Mainwndo::rebuildClientRows()
+{
     if (ListBox2Ctl.visible)
         m_s.hooks.populatelistbox2();
 }
@@ -583,7 +586,7 @@ bool Mainwndo::autosave()
         // it still asks.
         if (saved) {
             boxchange = false;
-            unsavedMinutes = 0;
+            timedSinceSave.clear();
         }
         setRunButtons(buttonsWere);
     } while (m_saveAgain);
@@ -611,7 +614,7 @@ void Mainwndo::deleteall()
     emit emptying();
     ListBox1.DeleteAllRows();
     setStart({});
-    unsavedMinutes = 0;
+    timedSinceSave.clear();
     ListBox2.DeleteAllRows();
     xpath.clear();
     title = kAppTitle;

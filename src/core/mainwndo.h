@@ -126,8 +126,8 @@ public:
     QString myfilename = kUntitled;
     bool boxchange = false;
     bool running = false;
-    // Minutes the timer put on rows since the last save that reached the file.
-    qint64 unsavedMinutes = 0;
+    // The rows, by timing key, that the timer measured since the last save that reached the file.
+    QSet<QString> timedSinceSave;
     QString stophrs, stopmin;
     std::optional<int> stopoffset; // of the clock at the stop, as ListBox1.startoffset is at the start
     bool dateschanged = false;
@@ -208,6 +208,8 @@ public:
     void ListBox1_Change();
     void rowcheck();
     void datechecker();
+    // The single-client view, while it shows, made again from ListBox1's rows and selection.
+    void rebuildClientRows();
     void dupejob();
 
     // Totals.

@@ -37,14 +37,52 @@ QString besideName(const FileStore& files, const QString& path, const QString& p
     return name;
 }
 
-// The row that minutes timed on `row` belong to in another version of the list: same day, job, project and
-// operation.
-bool sameJob(const core::JobRow& a, const core::JobRow& b)
+// The time a timer measured here since the last save, put onto another version of the list: for each job
+// timed, what its rows gained or lost against the version last saved goes onto the first row of that
+// day, job, project and operation in `into`, or onto a new row.
+Document::Carried carryTimed(const core::Timesheet& saved, const core::Timesheet& mine, const QSet<QString>& timed,
+                             core::Timesheet& into)
 {
-    for (int cell : {core::CellDate, core::CellJob, core::CellProject, core::CellOperation})
-        if (a.cell(cell) != b.cell(cell))
-            return false;
-    return true;
+    Document::Carried carried;
+    QHash<QString, qint64> change;
+    std::vector<const core::JobRow*> firstOfJob;
+    for (const core::JobRow& row : mine.rows) {
+        const QString key = row.timingKey();
+        if (!timed.contains(key))
+            continue;
+        if (!change.contains(key))
+            firstOfJob.push_back(&row);
+        change[key] += row.minutes();
+    }
+    for (const core::JobRow& row : saved.rows)
+        if (const auto it = change.find(row.timingKey()); it != change.end())
+            *it -= row.minutes();
+    for (const core::JobRow* timedRow : firstOfJob) {
+        const qint64 minutes = change.value(timedRow->timingKey());
+        if (minutes == 0)
+            continue;
+        const auto found = std::find_if(into.rows.begin(), into.rows.end(), [&](const core::JobRow& row) {
+            return row.timingKey() == timedRow->timingKey();
+        });
+        const int index = int(found - into.rows.begin());
+        if (found != into.rows.end()) {
+            found->setMinutes(std::max<qint64>(0, found->minutes() + minutes));
+            carried.told << (minutes > 0 ? Document::kCarriedTo : Document::kCarriedOff)
+                                .arg(core::hhmm(std::abs(minutes)))
+                                .arg(index + 1);
+        } else if (minutes > 0) {
+            core::JobRow row = *timedRow;
+            row.setMinutes(minutes);
+            row.run = core::kRunStopped;
+            into.AddRow(std::move(row));
+            carried.told << Document::kCarriedNew.arg(core::hhmm(minutes)).arg(index + 1);
+        } else {
+            continue;
+        }
+        if (carried.firstRow < 0)
+            carried.firstRow = index;
+    }
+    return carried;
 }
 
 // Whether every row of `mine` is somewhere in `theirs`, as many times, the run mark aside.
@@ -105,7 +143,7 @@ void Document::sesame()
     // A damaged file still shows what could be read; with no path the damaged file is never overwritten.
     w.ListBox1.rows = std::move(result.sheet.rows);
     // A running row is charged from the start time, which is stored last: a file cut short has none.
-    if (!result.complete || result.sheet.starthrs.isEmpty())
+    if (!result.complete || result.sheet.starthrs.isEmpty() || m_rereading)
         stopRunningRows(w.ListBox1.rows);
     w.ListBox1.starthrs = result.sheet.starthrs;
     w.ListBox1.startmin = result.sheet.startmin;
@@ -122,20 +160,12 @@ void Document::sesame()
     w.xpath = path;
     m_app.prefs.lastdoc = path;
     know(path, stamp, bytes);
-    m_mine.clear();
 
     // A row still marked as running was left so by a crash or a quit: charge the time since.
     int remembered = 0;
     bool found = false;
     for (int i = 0; i < w.ListBox1.ListCount(); ++i) {
         core::JobRow& row = w.ListBox1.row(i);
-        if (row.run == core::kRunRunning && m_ownRun && sameJob(row, m_ownRun->row) &&
-            w.ListBox1.starthrs == m_ownRun->starthrs && w.ListBox1.startmin == m_ownRun->startmin) {
-            // This program's own running mark, come back with another computer's version: the minutes
-            // since are carried over by the caller, not charged again from the mark.
-            row.run = core::kRunStopped;
-            continue;
-        }
         if (row.run == core::kRunRunning) {
             m_desktop.beep();
             m_dialogs.message(core::App::kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped +
@@ -147,6 +177,7 @@ void Document::sesame()
         }
     }
     w.setListIndex(w.ListBox1.ListCount() > 0 ? remembered : -1);
+    w.rebuildClientRows(); // a timesheet read again under the single-client view
     w.boxchange = false;
     w.Windowfilename();
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
@@ -190,7 +221,7 @@ bool Document::saveAsChosen(const QString& chosen)
     m_app.thisdoc = path;
     w.Windowfilename();
     w.boxchange = false;
-    w.unsavedMinutes = 0;
+    w.timedSinceSave.clear();
     w.rowcheck();
     w.Uptotal2(w.ListBox2Ctl.visible ? 2 : 1);
     emit w.opened();
@@ -272,8 +303,9 @@ platform::Result Document::writeOver(const QString& path, const core::Timesheet&
     const platform::Result result = m_files.write(path, m_buffer, stamp);
     if (!result.ok())
         return result;
-    know(path, stamp, m_buffer);
-    m_savedStart = {sheet.starthrs, sheet.startmin};
+    // The bytes written are now the ones known; the buffer of the ones before takes the next save.
+    std::swap(m_buffer, m_known.bytes);
+    know(path, stamp, m_known.bytes);
     if (cut > 0 && !m_toldCut) {
         m_toldCut = true;
         m_dialogs.message(kNoteCut);
@@ -283,7 +315,11 @@ platform::Result Document::writeOver(const QString& path, const core::Timesheet&
 
 void Document::know(const QString& path, const FileStamp& stamp, const QByteArray& bytes)
 {
-    m_known = {path, stamp, contentHash(bytes)};
+    if (path != m_known.path)
+        m_mine.clear(); // a copy beside another timesheet is that one's
+    m_known.path = path;
+    m_known.stamp = stamp;
+    m_known.bytes = bytes;
 }
 
 bool Document::changedOnDisk(const QString& path)
@@ -296,7 +332,7 @@ bool Document::changedOnDisk(const QString& path)
     QByteArray bytes;
     if (!m_files.read(path, bytes).ok())
         return false; // the write that follows says what is wrong
-    if (contentHash(bytes) == m_known.hash) {
+    if (bytes == m_known.bytes) {
         m_known.stamp = now; // touched, or copied back as it was
         return false;
     }
@@ -309,7 +345,7 @@ void Document::keepMine(const QString& path, const core::Timesheet& sheet)
 {
     if (m_mine.isEmpty())
         m_mine = besideName(m_files, path, kMineName, m_clock.now());
-    m_files.write(m_mine, encodeTimesheet(sheet));
+    m_mineKept = m_files.write(m_mine, encodeTimesheet(sheet));
 }
 
 void Document::dropMine()
@@ -317,6 +353,14 @@ void Document::dropMine()
     if (!m_mine.isEmpty())
         m_files.remove(m_mine);
     m_mine.clear();
+}
+
+void Document::reread(const QString& path)
+{
+    m_rereading = true;
+    m_app.thisdoc = path;
+    sesame();
+    m_rereading = false;
 }
 
 void Document::changedElsewhere()
@@ -332,26 +376,29 @@ void Document::changedElsewhere()
     }
     m_choosing = true;
     keepMine(w->xpath, w->ListBox1);
+    // Theirs half written, or damaged: there is nothing whole to open.
+    const bool whole = decodeTimesheet(m_theirs).complete;
     platform::Question question;
     question.message = kChangedQuestion.arg(QFileInfo(w->xpath).fileName());
-    question.explanation = kChangedExplain.arg(QFileInfo(m_mine).fileName());
-    question.action = kOpenTheirs;
-    question.alternate = kKeepMine;
+    question.explanation = (whole ? kChangedExplain : kChangedDamaged).arg(QFileInfo(m_mine).fileName());
+    question.action = whole ? kOpenTheirs : kKeepMine;
+    question.alternate = whole ? kKeepMine : QString();
     question.other = kSaveMineAs;
     m_desktop.beep();
-    for (bool done = false; !done;) {
-        switch (m_dialogs.ask(question)) {
-        case platform::Answer::Action:
+    // An answer that fails (a full disk) leaves the question for the next save or change to ask again.
+    switch (m_dialogs.ask(question)) {
+    case platform::Answer::Action:
+        if (whole)
             openTheirs();
-            done = true;
-            break;
-        case platform::Answer::Alternate:
-            done = keepMineOver();
-            break;
-        case platform::Answer::Cancel:
-            done = saveMineAs();
-            break;
-        }
+        else
+            keepMineOver();
+        break;
+    case platform::Answer::Alternate:
+        keepMineOver();
+        break;
+    case platform::Answer::Cancel:
+        saveMineAs();
+        break;
     }
     m_choosing = false;
 }
@@ -362,47 +409,39 @@ void Document::openTheirs()
     // The stop puts the minutes up to now on the row; its save is refused, and this list goes beside.
     if (w.running)
         w.Allstop();
-    const qint64 carried = w.unsavedMinutes;
-    const core::Timesheet mine = w.ListBox1;
-    if (mine.hasSelection())
-        m_ownRun = OwnRun{mine.selected(), m_savedStart.first, m_savedStart.second};
-    const QString mineBeside = m_mine; // the read forgets it, as for any timesheet opened
-    m_app.thisdoc = w.xpath;
-    sesame();
-    m_ownRun.reset();
-    m_mine = mineBeside;
-    // A damaged file of theirs was told of by the read; this list then stays beside it, whole.
-    const bool read = !w.xpath.isEmpty();
-    if (read && carried > 0 && mine.hasSelection()) {
-        const core::JobRow& timed = mine.selected();
-        const auto found = std::find_if(w.ListBox1.rows.begin(), w.ListBox1.rows.end(),
-                                        [&](const core::JobRow& row) { return sameJob(row, timed); });
-        const int index = int(found - w.ListBox1.rows.begin());
-        const bool onItsRow = found != w.ListBox1.rows.end();
-        if (onItsRow) {
-            found->setMinutes(found->minutes() + carried);
-        } else {
-            core::JobRow row = timed;
-            row.setMinutes(carried);
-            row.run = core::kRunStopped;
-            w.ListBox1.AddRow(std::move(row));
-        }
-        emit w.rowsReset();
-        if (!w.running)
-            w.setListIndex(index);
-        emit w.rowChanged(index);
-        w.markChanged();
-        w.autosave(); // in the file before the user reads where they went
-        m_dialogs.message((onItsRow ? kCarriedTo : kCarriedNew).arg(core::hhmm(carried)).arg(index + 1));
+    core::Timesheet merged = decodeTimesheet(m_theirs).sheet;
+    stopRunningRows(merged.rows);
+    const Carried carried = carryTimed(decodeTimesheet(m_known.bytes).sheet, w.ListBox1, w.timedSinceSave, merged);
+    const bool contained = rowsContained(w.ListBox1.rows, merged.rows);
+    if (!contained && !m_mineKept.ok()) {
+        m_desktop.beep();
+        m_dialogs.message(kMineNotKept.arg(m_mineKept.message));
+        return;
     }
-    if (read && rowsContained(mine.rows, w.ListBox1.rows))
+    const platform::Result written = writeOver(w.xpath, merged);
+    if (!written.ok()) {
+        m_desktop.beep();
+        m_dialogs.message(kAppNoAccess + QStringLiteral(" [") + QString::number(written.code) + QStringLiteral("] ") +
+                          written.message);
+        return;
+    }
+    const QString mineBeside = m_mine;
+    reread(w.xpath);
+    m_mine = mineBeside;
+    if (carried.firstRow >= 0 && carried.firstRow < w.ListBox1.ListCount() && !w.running) {
+        w.setListIndex(carried.firstRow);
+        w.rebuildClientRows();
+    }
+    if (!carried.told.isEmpty())
+        m_dialogs.message(carried.told.join(QLatin1Char('\n')));
+    if (contained)
         dropMine();
     else
         m_dialogs.message(kMineKept.arg(QFileInfo(m_mine).fileName()));
     m_mine.clear();
 }
 
-bool Document::keepMineOver()
+void Document::keepMineOver()
 {
     core::Mainwndo& w = m_app.mainwndo();
     const QString theirs = besideName(m_files, w.xpath, kTheirsName, m_clock.now());
@@ -410,27 +449,34 @@ bool Document::keepMineOver()
     if (!kept.ok()) {
         m_desktop.beep();
         m_dialogs.message(QStringLiteral("Error [") + QString::number(kept.code) + QStringLiteral("] ") + kept.message);
-        return false;
+        return;
     }
     // Theirs is safe beside: the file may take this list. A version newer still is asked about again.
-    m_known = {w.xpath, m_theirsStamp, contentHash(m_theirs)};
+    m_known.stamp = m_theirsStamp;
+    m_known.bytes = m_theirs;
     if (w.autosave())
         dropMine();
     w.showStatus(kTheirsKept.arg(QFileInfo(theirs).fileName()));
-    return true;
 }
 
-bool Document::saveMineAs()
+void Document::saveMineAs()
 {
     core::Mainwndo& w = m_app.mainwndo();
     const QString chosen = m_dialogs.saveFile(kAppNewSheetDlgTitle, kAppNewSheetPrompt, QFileInfo(w.xpath).path(),
                                               QFileInfo(m_mine).fileName(), kFileFilter);
-    if (chosen.isEmpty() || !saveAsChosen(chosen))
-        return false;
-    if (QFileInfo(chosen).absoluteFilePath() != m_mine)
-        dropMine();
+    if (chosen.isEmpty())
+        return;
+    // The timesheet's own name, chosen and confirmed: that is Keep Mine, theirs kept beside.
+    if (QFileInfo(chosen).absoluteFilePath() == w.xpath) {
+        keepMineOver();
+        return;
+    }
+    const QString mineBeside = m_mine;
+    if (!saveAsChosen(chosen))
+        return;
+    if (QFileInfo(chosen).absoluteFilePath() != mineBeside)
+        m_files.remove(mineBeside);
     m_mine.clear();
-    return true;
 }
 
 void Document::checkDisk()
@@ -444,10 +490,11 @@ void Document::checkDisk()
         } else if (decodeTimesheet(m_theirs).complete) { // one still being written reads short: it comes again
             const int index = w->ListBox1.ListIndex;
             w->showStatus(kReread); // a conflict copy found with the new version is told of in its place
-            m_app.thisdoc = w->xpath;
-            sesame();
-            if (!w->running && index < w->ListBox1.ListCount())
+            reread(w->xpath);
+            if (index < w->ListBox1.ListCount()) {
                 w->setListIndex(index);
+                w->rebuildClientRows();
+            }
             return;
         }
     }
@@ -456,7 +503,9 @@ void Document::checkDisk()
 
 void Document::noticeConflictCopies(const QString& path)
 {
-    const QFileInfo file(path);
+    // A linked timesheet's sync tool works in the folder of the file linked to.
+    const QString target = QFileInfo(path).canonicalFilePath();
+    const QFileInfo file(target.isEmpty() ? path : target);
     QStringList told;
     for (const QString& name : m_files.list(file.absolutePath())) {
         const QString copy = file.dir().filePath(name);

@@ -6,8 +6,6 @@
 
 #include <QSet>
 
-#include <optional>
-
 namespace storage
 {
 
@@ -58,6 +56,14 @@ public:
     inline static const QString kCarriedNew = QStringLiteral(
         "The %1 timed here since the last save was put on a new row %2: the file read has no row of that date, "
         "job, project and operation.");
+    inline static const QString kCarriedOff =
+        QStringLiteral("The %1 taken off here since the last save came off row %2 of the file read.");
+    inline static const QString kMineNotKept = QStringLiteral(
+        "This list could not be kept beside the file (%1), and the file as it is now lacks some of its rows: "
+        "Open Theirs would lose them. Make room, or choose Keep Mine or Save Mine As.");
+    inline static const QString kChangedDamaged = QStringLiteral(
+        "The file as it is now does not read whole. Keep Mine saves this list over it and keeps it beside. Until "
+        "you choose, this list is kept as \u201c%1\u201d.");
     inline static const QString kMineKept =
         QStringLiteral("This list as it was is kept as \u201c%1\u201d: it has rows the file read does not.");
     inline static const QString kTheirsKept = QStringLiteral("The other version is kept as \u201c%1\u201d.");
@@ -93,13 +99,20 @@ public:
     void readPrefs(core::AppPrefs& prefs);
     void saveprefs(const core::AppPrefs& prefs);
 
+    // Where Open Theirs put the minutes timed here: what to tell the user, and the first row.
+    struct Carried
+    {
+        QStringList told;
+        int firstRow = -1;
+    };
+
 private:
     // What the document's file was when last read or written here.
     struct OnDisk
     {
         QString path;
         FileStamp stamp;
-        QByteArray hash;
+        QByteArray bytes; // what Open Theirs measures the minutes timed since against
     };
 
     // The message of a timesheet that could not be read whole.
@@ -114,9 +127,11 @@ private:
     bool changedOnDisk(const QString& path);
     // This list, beside the file, while the user has not chosen.
     void keepMine(const QString& path, const core::Timesheet& sheet);
+    // Reads the file again into the window, timing nothing that its running mark says.
+    void reread(const QString& path);
     void openTheirs();
-    bool keepMineOver();
-    bool saveMineAs();
+    void keepMineOver();
+    void saveMineAs();
     void dropMine();
     void noticeConflictCopies(const QString& path);
 
@@ -133,16 +148,11 @@ private:
     QByteArray m_theirs; // the other writer's version, as last found
     FileStamp m_theirsStamp;
     QString m_mine; // the copy of this list beside the file, while the question waits
+    platform::Result m_mineKept;
     bool m_choosing = false;
-    // The start last written, and, while another version is read in, the row this program was timing:
-    // a running mark of that row from that start is this program's own.
-    std::pair<QString, QString> m_savedStart;
-    struct OwnRun
-    {
-        core::JobRow row;
-        QString starthrs, startmin;
-    };
-    std::optional<OwnRun> m_ownRun;
+    // While another version is read in: a running mark in it is this program's own from an earlier save, or
+    // another computer's timing; neither is timed on here.
+    bool m_rereading = false;
     QSet<QString> m_toldCopies;
     QString m_copyOffered; // the newest conflict copy told of: File > Open starts there
 };

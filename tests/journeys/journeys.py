@@ -601,6 +601,7 @@ def synced_folders(d):
     try:
         window = open_sheet(d, path)
         d.key("alt+c", "Return")  # Control > Start
+        started = time.monotonic()
         job = lambda: [r for r in d.sheet(path)["rows"] if r["job"] == "J1"][0]
         wait_for("a minute timed", lambda: job()["run"] == "*" and minutes(job()) >= 31, 30)
         wait_for("the laptop in step", lambda: sync.read(laptop) == sync.read(d.docs))
@@ -613,6 +614,7 @@ def synced_folders(d):
         time.sleep(7)  # over a minute of the program's clock: the job is timed on while the question waits
         d.focus(question)
         d.key("Return")  # Open Theirs: the job stops, its minutes go on its row of their file
+        timing = time.monotonic() - started
         told = wait_for("the minutes carried over", lambda: [w for w in boxes() if w != question])[0]
         d.screenshot("synced-carried")
         d.focus(told)
@@ -629,8 +631,10 @@ def synced_folders(d):
         check(not boxes(), "a question came for a clean timesheet")
         d.focus(window)
         d.key("alt+c", "Return")  # Control > Start
+        started = time.monotonic()
         wait_for("the job timed on", lambda: job()["run"] == "*" and minutes(job()) >= timed + 2, 30)
         quit_cleanly(d, ["ctrl+q"], window)
+        timing += time.monotonic() - started
         wait_for("the laptop in step", lambda: sync.read(laptop) == sync.read(d.docs))
     finally:
         sync.running = False
@@ -638,6 +642,9 @@ def synced_folders(d):
     for sheet in (path, there):
         check(jobs(sheet) == ["J1", "L1", "L2"], "%s holds %s" % (sheet, jobs(sheet)))
     check(all(a <= b for a, b in zip(sync.seen, sync.seen[1:])), "the job's minutes went back: %s" % sync.seen)
+    # Ten of the program's minutes a real minute; a minute either way for each start and stop.
+    clock = 30 + timing * 10 / 60
+    check(abs(minutes(job()) - clock) <= 2, "J1 holds %d minutes, the clock says %.1f" % (minutes(job()), clock))
 
 
 def main():

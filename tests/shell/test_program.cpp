@@ -459,6 +459,7 @@ private slots:
                   mineAs = int(platform::Answer::Cancel);
         QTest::newRow("running, open theirs") << true << false << theirs;
         QTest::newRow("running, open theirs without the row") << true << true << theirs;
+        QTest::newRow("running, open theirs timing it too") << true << false << theirs;
         QTest::newRow("running, keep mine") << true << false << mine;
         QTest::newRow("running, save mine as") << true << false << mineAs;
         QTest::newRow("edited, open theirs") << false << false << theirs;
@@ -496,6 +497,9 @@ private slots:
         Timesheet theirs = storage::decodeTimesheet(rig->files.files.value(kSheet)).sheet;
         if (rowGoneThere)
             theirs.RemoveRow(0);
+        // Another computer timing the job since 9:00: nothing of that is charged here.
+        if (QByteArray(QTest::currentDataTag()).endsWith("too"))
+            theirs.starthrs = QStringLiteral("09");
         theirs.AddRow(row("C300", 15));
         rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
 
@@ -554,6 +558,28 @@ private slots:
         QCOMPARE(dialogs.questions.size(), 1);
     }
 
+    // With no room for this list beside the file, Open Theirs does not drop the rows the file lacks; Keep
+    // Mine, once there is room, saves them and keeps theirs beside.
+    void openTheirsWithNoRoomBeside()
+    {
+        openTwo(0);
+        w().ListBox1.row(1).note = QStringLiteral("typed here");
+        w().markChanged();
+        const QByteArray theirs = storage::encodeTimesheet(Timesheet{{row("C300", 15)}});
+        rig->files.files[kSheet] = theirs;
+        rig->files.failWrites = true;
+        dialogs.expectAnswer(platform::Answer::Action);
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QVERIFY(dialogs.messages.last().startsWith(storage::Document::kMineNotKept.left(40)));
+        QVERIFY(rig->files.files.value(kSheet) == theirs && w().ListBox1.row(1).note == u"typed here"_s);
+        rig->files.failWrites = false;
+        dialogs.expectAnswer(platform::Answer::Alternate);
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QCOMPARE(saved(1).note, u"typed here"_s);
+        const QStringList beside = rig->files.list(u"/docs"_s).filter(u"changed elsewhere"_s);
+        QVERIFY(beside.size() == 1 && rig->files.files.value(u"/docs/"_s + beside[0]) == theirs);
+    }
+
     // A clean, stopped timesheet changed on disk is read again without a question; a sync tool's conflict
     // copy beside it is told of once, and File > Open starts on it.
     void changedElsewhereWhileClean()
@@ -561,9 +587,12 @@ private slots:
         openTwo(0);
         Timesheet theirs = storage::decodeTimesheet(rig->files.files.value(kSheet)).sheet;
         theirs.AddRow(row("C300", 15));
-        rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
+        ++rig->files.touches[kSheet]; // the same bytes, touched: nothing to read again
+        rig->program->post([this] { rig->program->document().checkDisk(); });
+        QVERIFY(w().datastream.isEmpty() && w().ListBox1.ListCount() == 2);
         const QString copy = u"/docs/a (Ann's conflicted copy 2026-11-23).vlk"_s;
-        rig->files.files[copy] = rig->files.files.value(kSheet);
+        rig->files.files[copy] = storage::encodeTimesheet(theirs);
+        rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
         rig->program->post([this] { rig->program->document().checkDisk(); });
         QVERIFY(dialogs.questions.isEmpty());
         QCOMPARE(w().ListBox1.ListCount(), 3);

@@ -33,13 +33,13 @@ public:
         return platform::Result::success();
     }
     bool exists(const QString& path) const override { return files.contains(path); }
-    // A file in memory is known by its bytes: any other writer's change shows.
+    // A file in memory is known by its bytes, so that any other writer's change shows, and by its touches.
     bool stamp(const QString& path, storage::FileStamp& stamp) const override
     {
         if (!files.contains(path))
             return false;
         const QByteArray& bytes = files[path];
-        stamp = {0, qint64(qHash(bytes)), bytes.size(), 0};
+        stamp = {0, qint64(qHash(bytes)), bytes.size(), touches.value(path)};
         return true;
     }
     QStringList list(const QString& folder) const override
@@ -53,7 +53,8 @@ public:
     bool remove(const QString& path) override { return files.remove(path) > 0; }
 
     QHash<QString, QByteArray> files;
-    QStringList written; // the paths of the writes that went through, in order
+    QStringList written;            // the paths of the writes that went through, in order
+    QHash<QString, qint64> touches; // a new modification time with the same bytes
     bool failWrites = false;
     int writes = 0;
     std::function<void()> onWrite; // a write that takes time: the test moves its clock here

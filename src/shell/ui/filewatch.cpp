@@ -21,8 +21,10 @@ void FileWatch::watch(const QString& path)
     if (const QStringList old = m_watcher.files() + m_watcher.directories(); !old.isEmpty())
         m_watcher.removePaths(old);
     m_path = path;
+    // A link is watched with the file it leads to, whose folder is where new versions arrive.
+    const QString target = QFileInfo(path).canonicalFilePath();
     if (!path.isEmpty())
-        m_watcher.addPaths({path, QFileInfo(path).absolutePath()});
+        m_watcher.addPaths({path, QFileInfo(target.isEmpty() ? path : target).absolutePath()});
 }
 
 void FileWatch::noticed()
