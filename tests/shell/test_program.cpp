@@ -580,13 +580,17 @@ private slots:
         QVERIFY(beside.size() == 1 && rig->files.files.value(u"/docs/"_s + beside[0]) == theirs);
     }
 
-    // A clean, stopped timesheet changed on disk is read again without a question; a sync tool's conflict
-    // copy beside it is told of once, and File > Open starts on it.
+    // A clean, stopped timesheet changed on disk is read again without a question, and another computer's
+    // running job in it is not timed here; a sync tool's conflict copy beside it is told of once, and File >
+    // Open starts on it.
     void changedElsewhereWhileClean()
     {
         openTwo(0);
         Timesheet theirs = storage::decodeTimesheet(rig->files.files.value(kSheet)).sheet;
         theirs.AddRow(row("C300", 15));
+        theirs.rows.back().run = kRunRunning; // timed on the other computer since 9:00, not here
+        theirs.starthrs = QStringLiteral("09");
+        theirs.startmin = QStringLiteral("00");
         ++rig->files.touches[kSheet]; // the same bytes, touched: nothing to read again
         rig->program->post([this] { rig->program->document().checkDisk(); });
         QVERIFY(w().datastream.isEmpty() && w().ListBox1.ListCount() == 2);
@@ -594,7 +598,7 @@ private slots:
         rig->files.files[copy] = storage::encodeTimesheet(theirs);
         rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
         rig->program->post([this] { rig->program->document().checkDisk(); });
-        QVERIFY(dialogs.questions.isEmpty());
+        QVERIFY(dialogs.questions.isEmpty() && dialogs.messages.isEmpty() && !w().running);
         QCOMPARE(w().ListBox1.ListCount(), 3);
         QCOMPARE(w().datastream, storage::Document::kConflictCopy.arg(u"a (Ann's conflicted copy 2026-11-23).vlk"_s));
         rig->program->post([this] { rig->program->document().checkDisk(); });
