@@ -226,8 +226,10 @@ void Mainwndo::livecount()
 ClockMinute Mainwndo::measureSelected(const QDateTime& now)
 {
     JobRow& row = ListBox1.selected();
-    timedSinceSave.insert(row.timingKey());
-    return measure(row, started(), now);
+    const qint64 before = row.minutes();
+    const ClockMinute tick = measure(row, started(), now);
+    timedSinceSave[row.timingKey()] += row.minutes() - before;
+    return tick;
 }
 
 void Mainwndo::setStart(const ClockMinute& start)

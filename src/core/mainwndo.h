@@ -126,8 +126,8 @@ public:
     QString myfilename = kUntitled;
     bool boxchange = false;
     bool running = false;
-    // The rows, by timing key, that the timer measured since the last save that reached the file.
-    QSet<QString> timedSinceSave;
+    // The minutes the timer put on rows, by timing key, since the last save that reached the file.
+    QHash<QString, qint64> timedSinceSave;
     QString stophrs, stopmin;
     std::optional<int> stopoffset; // of the clock at the stop, as ListBox1.startoffset is at the start
     bool dateschanged = false;

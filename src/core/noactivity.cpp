@@ -81,8 +81,11 @@ void noactivity::resetRow()
     const int row = m_window.ListBox1.ListIndex;
     m_window.Allstop();
     if (row >= 0 && row < m_window.ListBox1.ListCount()) {
-        m_window.ListBox1.row(row).setCell(CellHours, alrthr);
-        m_window.ListBox1.row(row).setCell(CellMinutes, alrtmn);
+        JobRow& reset = m_window.ListBox1.row(row);
+        const qint64 timed = reset.minutes();
+        reset.setCell(CellHours, alrthr);
+        reset.setCell(CellMinutes, alrtmn);
+        m_window.timedSinceSave[reset.timingKey()] += reset.minutes() - timed; // the idle time is not timed
         emit m_window.rowChanged(row);
     }
     m_window.autosave();

@@ -37,33 +37,27 @@ QString besideName(const FileStore& files, const QString& path, const QString& p
     return name;
 }
 
-// The time a timer measured here since the last save, put onto another version of the list: for each job
-// timed, what its rows gained or lost against the version last saved goes onto the first row of that
-// day, job, project and operation in `into`, or onto a new row.
-Document::Carried carryTimed(const core::Timesheet& saved, const core::Timesheet& mine, const QSet<QString>& timed,
-                             core::Timesheet& into)
+// Whether two versions of a file differ, within one run: cheaper than a cryptographic digest at every
+// minute's save, and only ever compared with itself.
+size_t digestOf(const QByteArray& bytes)
+{
+    return qHashBits(bytes.constData(), size_t(bytes.size()), 0);
+}
+
+// The minutes the timer put on rows here since the last save, job by job (day, job, project and
+// operation), onto another version of the list: onto its first row of that job, or onto a new row.
+Document::Carried carryTimed(const core::Timesheet& mine, const QHash<QString, qint64>& timed, core::Timesheet& into)
 {
     Document::Carried carried;
-    QHash<QString, qint64> change;
-    std::vector<const core::JobRow*> firstOfJob;
-    for (const core::JobRow& row : mine.rows) {
-        const QString key = row.timingKey();
-        if (!timed.contains(key))
+    QSet<QString> done;
+    for (const core::JobRow& timedRow : mine.rows) {
+        const QString key = timedRow.timingKey();
+        const qint64 minutes = timed.value(key);
+        if (minutes == 0 || done.contains(key))
             continue;
-        if (!change.contains(key))
-            firstOfJob.push_back(&row);
-        change[key] += row.minutes();
-    }
-    for (const core::JobRow& row : saved.rows)
-        if (const auto it = change.find(row.timingKey()); it != change.end())
-            *it -= row.minutes();
-    for (const core::JobRow* timedRow : firstOfJob) {
-        const qint64 minutes = change.value(timedRow->timingKey());
-        if (minutes == 0)
-            continue;
-        const auto found = std::find_if(into.rows.begin(), into.rows.end(), [&](const core::JobRow& row) {
-            return row.timingKey() == timedRow->timingKey();
-        });
+        done.insert(key);
+        const auto found = std::find_if(into.rows.begin(), into.rows.end(),
+                                        [&](const core::JobRow& row) { return row.timingKey() == key; });
         const int index = int(found - into.rows.begin());
         if (found != into.rows.end()) {
             found->setMinutes(std::max<qint64>(0, found->minutes() + minutes));
@@ -71,7 +65,7 @@ Document::Carried carryTimed(const core::Timesheet& saved, const core::Timesheet
                                 .arg(core::hhmm(std::abs(minutes)))
                                 .arg(index + 1);
         } else if (minutes > 0) {
-            core::JobRow row = *timedRow;
+            core::JobRow row = timedRow;
             row.setMinutes(minutes);
             row.run = core::kRunStopped;
             into.AddRow(std::move(row));
@@ -303,9 +297,7 @@ platform::Result Document::writeOver(const QString& path, const core::Timesheet&
     const platform::Result result = m_files.write(path, m_buffer, stamp);
     if (!result.ok())
         return result;
-    // The bytes written are now the ones known; the buffer of the ones before takes the next save.
-    std::swap(m_buffer, m_known.bytes);
-    know(path, stamp, m_known.bytes);
+    know(path, stamp, m_buffer);
     if (cut > 0 && !m_toldCut) {
         m_toldCut = true;
         m_dialogs.message(kNoteCut);
@@ -317,9 +309,7 @@ void Document::know(const QString& path, const FileStamp& stamp, const QByteArra
 {
     if (path != m_known.path)
         m_mine.clear(); // a copy beside another timesheet is that one's
-    m_known.path = path;
-    m_known.stamp = stamp;
-    m_known.bytes = bytes;
+    m_known = {path, stamp, digestOf(bytes)};
 }
 
 bool Document::changedOnDisk(const QString& path)
@@ -332,7 +322,7 @@ bool Document::changedOnDisk(const QString& path)
     QByteArray bytes;
     if (!m_files.read(path, bytes).ok())
         return false; // the write that follows says what is wrong
-    if (bytes == m_known.bytes) {
+    if (digestOf(bytes) == m_known.digest) {
         m_known.stamp = now; // touched, or copied back as it was
         return false;
     }
@@ -411,7 +401,7 @@ void Document::openTheirs()
         w.Allstop();
     core::Timesheet merged = decodeTimesheet(m_theirs).sheet;
     stopRunningRows(merged.rows);
-    const Carried carried = carryTimed(decodeTimesheet(m_known.bytes).sheet, w.ListBox1, w.timedSinceSave, merged);
+    const Carried carried = carryTimed(w.ListBox1, w.timedSinceSave, merged);
     const bool contained = rowsContained(w.ListBox1.rows, merged.rows);
     if (!contained && !m_mineKept.ok()) {
         m_desktop.beep();
@@ -453,7 +443,7 @@ void Document::keepMineOver()
     }
     // Theirs is safe beside: the file may take this list. A version newer still is asked about again.
     m_known.stamp = m_theirsStamp;
-    m_known.bytes = m_theirs;
+    m_known.digest = digestOf(m_theirs);
     if (w.autosave())
         dropMine();
     w.showStatus(kTheirsKept.arg(QFileInfo(theirs).fileName()));

@@ -4,6 +4,7 @@
 #include "storage/backups.h"
 #include "storage/filestore.h"
 
+#include <QHash>
 #include <QSet>
 
 namespace storage
@@ -112,7 +113,7 @@ private:
     {
         QString path;
         FileStamp stamp;
-        QByteArray bytes; // what Open Theirs measures the minutes timed since against
+        size_t digest = 0; // of the bytes, for this run only
     };
 
     // The message of a timesheet that could not be read whole.

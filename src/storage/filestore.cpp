@@ -2,7 +2,6 @@
 
 #include "storage/hugepages.h"
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -190,11 +189,6 @@ QStringList DiskFileStore::list(const QString& folder) const
 bool DiskFileStore::remove(const QString& path)
 {
     return QFile::remove(path);
-}
-
-QByteArray contentHash(const QByteArray& bytes)
-{
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
 }
 
 QString prefFolder()

@@ -61,9 +61,6 @@ private:
     QSet<QString> m_swept;
 };
 
-// A digest of a file's bytes: what was read or written, to tell another writer's version from it.
-QByteArray contentHash(const QByteArray& bytes);
-
 // The settings folder ($XDG_CONFIG_HOME/Veltrick) and a file in it; the folder is made on first write.
 QString prefFolder();
 QString prefFile(const QString& name);

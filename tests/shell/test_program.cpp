@@ -558,6 +558,24 @@ private slots:
         QCOMPARE(dialogs.questions.size(), 1);
     }
 
+    // Idle minutes taken off with the warning's Reset while saves were refused are not carried to theirs.
+    void changedElsewhereAfterIdleReset()
+    {
+        openTwo(0);
+        rig->program->runButton();
+        rig->clock.set(2026, 11, 23, 10, 1);
+        rig->tick();
+        rig->files.files[kSheet] = storage::encodeTimesheet(Timesheet{{saved(0), row("C300", 15)}});
+        rig->clock.set(2026, 11, 23, 10, 3);
+        noactivity warning(w(), prefs(), rig->timers);
+        warning.alrthr = QStringLiteral("00");
+        warning.alrtmn = QStringLiteral("32"); // away since 10:02
+        dialogs.expectAnswer(platform::Answer::Action);
+        rig->program->post([&] { press(warning, 1); });
+        QCOMPARE(saved(0).minutes(), qint64(32));
+        QCOMPARE(saved(1).cell(CellJob), u"C300"_s);
+    }
+
     // With no room for this list beside the file, Open Theirs does not drop the rows the file lacks; Keep
     // Mine, once there is room, saves them and keeps theirs beside.
     void openTheirsWithNoRoomBeside()
