@@ -408,8 +408,18 @@ void Document::openTheirs()
         m_dialogs.message(kMineNotKept.arg(m_mineKept.message));
         return;
     }
+    // Written only over the version the user chose to open: one newer still is asked about when it is
+    // noticed, as any change.
+    const OnDisk before = m_known;
+    m_known.stamp = m_theirsStamp;
+    m_known.digest = digestOf(m_theirs);
+    if (changedOnDisk(w.xpath)) {
+        m_known = before;
+        return;
+    }
     const platform::Result written = writeOver(w.xpath, merged);
     if (!written.ok()) {
+        m_known = before;
         m_desktop.beep();
         m_dialogs.message(kAppNoAccess + QStringLiteral(" [") + QString::number(written.code) + QStringLiteral("] ") +
                           written.message);

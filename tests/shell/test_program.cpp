@@ -558,6 +558,28 @@ private slots:
         QCOMPARE(dialogs.questions.size(), 1);
     }
 
+    // Open Theirs reads the file as it is when answered: a version newer still, come in while the question
+    // was open, is the one opened, with the minutes carried onto it.
+    void changedAgainDuringTheQuestion()
+    {
+        openTwo(0);
+        rig->program->runButton();
+        rig->clock.set(2026, 11, 23, 10, 1);
+        rig->tick();
+        Timesheet theirs{{saved(0), saved(1), row("C300", 15)}};
+        rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
+        theirs.AddRow(row("D400", 5));
+        dialogs.whileAsking = [&] {
+            rig->files.files[kSheet] = storage::encodeTimesheet(theirs);
+            dialogs.whileAsking = nullptr;
+        };
+        dialogs.expectAnswer(platform::Answer::Action);
+        rig->clock.set(2026, 11, 23, 10, 3);
+        rig->tick();
+        QCOMPARE(dialogs.questions.size(), 1);
+        QVERIFY(saved(0).minutes() == 33 && saved(3).cell(CellJob) == u"D400"_s);
+    }
+
     // Idle minutes taken off with the warning's Reset while saves were refused are not carried to theirs.
     void changedElsewhereAfterIdleReset()
     {
