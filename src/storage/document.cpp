@@ -391,6 +391,7 @@ void Document::changedElsewhere()
         break;
     }
     m_choosing = false;
+    m_theirs = QByteArray(); // a whole file: not kept once answered
 }
 
 void Document::openTheirs()
@@ -491,6 +492,7 @@ void Document::checkDisk()
             const int index = w->ListBox1.ListIndex;
             w->showStatus(kReread); // a conflict copy found with the new version is told of in its place
             reread(w->xpath);
+            m_theirs = QByteArray();
             if (index < w->ListBox1.ListCount()) {
                 w->setListIndex(index);
                 w->rebuildClientRows();
