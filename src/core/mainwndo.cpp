@@ -545,23 +545,19 @@ bool Mainwndo::autosave()
         datastream = kDSWrite;
         if (!xpath.isEmpty()) {
             const platform::Result written = m_s.hooks.writeTimesheet(xpath, ListBox1);
-            if (written.code == platform::Result::kChangedElsewhere) {
-                // Not a fault of the disk: the question comes once this event is over, and timing goes on.
-                boxchange = true;
-                datastream = written.message;
-                m_timer2->setMode(platform::Timer::Single);
-                setRunButtons(buttonsWere);
-                m_s.gate.post(this, [this] { m_s.hooks.changedElsewhere(); });
-                saved = false;
-                continue;
-            }
             if (!written.ok()) {
                 // The rows stay in memory and the document is dirty, whatever it was: the file lags behind
                 // them, so a close asks. The next save tries again.
                 boxchange = true;
-                m_s.desktop.beep();
-                m_s.dialogs.message(Tr::MWErrorWriteFail);
-                datastream = Tr::MWDSWriteError;
+                if (written.code == platform::Result::kChangedElsewhere) {
+                    // Not a fault of the disk: the question comes once this event is over; timing goes on.
+                    m_s.gate.post(this, [this] { m_s.hooks.changedElsewhere(); });
+                    datastream = written.message;
+                } else {
+                    m_s.desktop.beep();
+                    m_s.dialogs.message(Tr::MWErrorWriteFail);
+                    datastream = Tr::MWDSWriteError;
+                }
                 m_timer2->setMode(platform::Timer::Single);
                 setRunButtons(buttonsWere);
                 saved = false;
@@ -689,6 +685,14 @@ void Mainwndo::setDatastream(const QString& text)
 {
     datastream = text;
     dataprogress = true;
+    emit controlsChanged();
+}
+
+void Mainwndo::showNotice(const QString& text)
+{
+    m_timer2->setMode(platform::Timer::Off);
+    datastream = text;
+    dataprogress = false;
     emit controlsChanged();
 }
 

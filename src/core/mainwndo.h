@@ -239,6 +239,7 @@ public:
     void Timer4_Action();                    // the idle check
     void setDatastream(const QString& text); // the status line and its spinner, until Timer2 clears them
     void showStatus(const QString& text);    // the same, with Timer2 started at once
+    void showNotice(const QString& text);    // the status line alone, until the next status: to be read
 
     Timesheet& shownList() { return ListBox2Ctl.visible ? ListBox2 : ListBox1; }
 

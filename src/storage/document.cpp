@@ -8,8 +8,6 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <unordered_map>
-
 namespace storage
 {
 
@@ -89,11 +87,11 @@ bool rowsContained(const std::vector<core::JobRow>& mine, const std::vector<core
             bytes += cell.text().toUtf8() + '\x1f';
         return bytes + row.note.toUtf8() + '\x1f' + row.budget.text().toUtf8() + '\x1f' + row.user.text().toUtf8();
     };
-    std::unordered_map<std::string, int> counts;
+    QHash<QByteArray, int> counts;
     for (const core::JobRow& row : theirs)
-        ++counts[text(row).toStdString()];
+        ++counts[text(row)];
     for (const core::JobRow& row : mine)
-        if (--counts[text(row).toStdString()] < 0)
+        if (--counts[text(row)] < 0)
             return false;
     return true;
 }
@@ -118,7 +116,7 @@ Document::Document(core::App& app, FileStore& files, platform::Dialogs& dialogs,
       m_backups(files, backupFolder()), m_documents(std::move(documentsFolder))
 {}
 
-void Document::sesame()
+void Document::sesame(Marks marks)
 {
     core::Mainwndo& w = m_app.mainwndo();
     w.deleteall();
@@ -137,7 +135,7 @@ void Document::sesame()
     // A damaged file still shows what could be read; with no path the damaged file is never overwritten.
     w.ListBox1.rows = std::move(result.sheet.rows);
     // A running row is charged from the start time, which is stored last: a file cut short has none.
-    if (!result.complete || result.sheet.starthrs.isEmpty() || m_rereading)
+    if (!result.complete || result.sheet.starthrs.isEmpty() || marks == Marks::Stopped)
         stopRunningRows(w.ListBox1.rows);
     w.ListBox1.starthrs = result.sheet.starthrs;
     w.ListBox1.startmin = result.sheet.startmin;
@@ -159,8 +157,7 @@ void Document::sesame()
     int remembered = 0;
     bool found = false;
     for (int i = 0; i < w.ListBox1.ListCount(); ++i) {
-        core::JobRow& row = w.ListBox1.row(i);
-        if (row.run == core::kRunRunning) {
+        if (w.ListBox1.row(i).run == core::kRunRunning) {
             m_desktop.beep();
             m_dialogs.message(core::App::kAppRunWarning + QStringLiteral("\n\n") + kAppTimerNotStopped +
                               QString::number(i + 1) + kAppElapsedTime);
@@ -205,9 +202,7 @@ bool Document::saveAsChosen(const QString& chosen)
     w.showStatus(core::Mainwndo::kDSWrite);
     const platform::Result written = writeOver(path, w.ListBox1);
     if (!written.ok()) {
-        m_desktop.beep();
-        m_dialogs.message(QStringLiteral("Error [") + QString::number(written.code) + QStringLiteral("] ") +
-                          kAppNoAccess + QStringLiteral("\n\n") + kAppNoAccessTxt);
+        writeFailed(written);
         return false;
     }
     w.xpath = path;
@@ -305,6 +300,19 @@ platform::Result Document::writeOver(const QString& path, const core::Timesheet&
     return result;
 }
 
+void Document::writeFailed(const platform::Result& result)
+{
+    m_desktop.beep();
+    m_dialogs.message(QStringLiteral("Error [") + QString::number(result.code) + QStringLiteral("] ") + kAppNoAccess +
+                      QStringLiteral("\n\n") + kAppNoAccessTxt);
+}
+
+void Document::knowTheirs()
+{
+    m_known.stamp = m_theirsStamp;
+    m_known.digest = digestOf(m_theirs);
+}
+
 void Document::know(const QString& path, const FileStamp& stamp, const QByteArray& bytes)
 {
     if (path != m_known.path)
@@ -347,10 +355,8 @@ void Document::dropMine()
 
 void Document::reread(const QString& path)
 {
-    m_rereading = true;
     m_app.thisdoc = path;
-    sesame();
-    m_rereading = false;
+    sesame(Marks::Stopped);
 }
 
 void Document::changedElsewhere()
@@ -412,8 +418,7 @@ void Document::openTheirs()
     // Written only over the version the user chose to open: one newer still is asked about when it is
     // noticed, as any change.
     const OnDisk before = m_known;
-    m_known.stamp = m_theirsStamp;
-    m_known.digest = digestOf(m_theirs);
+    knowTheirs();
     if (changedOnDisk(w.xpath)) {
         m_known = before;
         return;
@@ -421,9 +426,7 @@ void Document::openTheirs()
     const platform::Result written = writeOver(w.xpath, merged);
     if (!written.ok()) {
         m_known = before;
-        m_desktop.beep();
-        m_dialogs.message(kAppNoAccess + QStringLiteral(" [") + QString::number(written.code) + QStringLiteral("] ") +
-                          written.message);
+        writeFailed(written);
         return;
     }
     const QString mineBeside = m_mine;
@@ -448,16 +451,14 @@ void Document::keepMineOver()
     const QString theirs = besideName(m_files, w.xpath, kTheirsName, m_clock.now());
     const platform::Result kept = m_files.write(theirs, m_theirs);
     if (!kept.ok()) {
-        m_desktop.beep();
-        m_dialogs.message(QStringLiteral("Error [") + QString::number(kept.code) + QStringLiteral("] ") + kept.message);
+        writeFailed(kept);
         return;
     }
     // Theirs is safe beside: the file may take this list. A version newer still is asked about again.
-    m_known.stamp = m_theirsStamp;
-    m_known.digest = digestOf(m_theirs);
+    knowTheirs();
     if (w.autosave())
         dropMine();
-    w.showStatus(kTheirsKept.arg(QFileInfo(theirs).fileName()));
+    w.showNotice(kTheirsKept.arg(QFileInfo(theirs).fileName()));
 }
 
 void Document::saveMineAs()
@@ -490,7 +491,7 @@ void Document::checkDisk()
             changedElsewhere();
         } else if (decodeTimesheet(m_theirs).complete) { // one still being written reads short: it comes again
             const int index = w->ListBox1.ListIndex;
-            w->showStatus(kReread); // a conflict copy found with the new version is told of in its place
+            w->showNotice(kReread); // a conflict copy found with the new version is told of in its place
             reread(w->xpath);
             m_theirs = QByteArray();
             if (index < w->ListBox1.ListCount()) {
@@ -518,7 +519,7 @@ void Document::noticeConflictCopies(const QString& path)
         }
     }
     if (!told.isEmpty())
-        m_app.mainwndo().showStatus(kConflictCopy.arg(told.join(QStringLiteral("\u201d, \u201c"))));
+        m_app.mainwndo().showNotice(kConflictCopy.arg(told.join(QStringLiteral("\u201d, \u201c"))));
 }
 
 void Document::readPrefs(core::AppPrefs& prefs)

@@ -76,8 +76,16 @@ public:
     Document(core::App& app, FileStore& files, platform::Dialogs& dialogs, platform::Desktop& desktop,
              platform::Clock& clock, QString documentsFolder);
 
+    // Whether a running mark in a file read is timed on here: at an open it was left by a crash or a quit of
+    // this program; in another version read again it is this program's own from an earlier save, already
+    // carried, or another computer's timing.
+    enum class Marks
+    {
+        Recovered,
+        Stopped
+    };
     // Reads App::thisdoc into the main window, recovering a timer that was left running.
-    void sesame();
+    void sesame(Marks marks = Marks::Recovered);
     // New and Save As: asks for a file and writes the window's rows into it.
     void newSaveAs();
     // The Open command: asks for a file and reads it.
@@ -123,6 +131,9 @@ private:
     // Writes the window's rows to a file the user chose and makes it the open timesheet.
     bool saveAsChosen(const QString& chosen);
     void know(const QString& path, const FileStamp& stamp, const QByteArray& bytes);
+    // The other writer's version, as last found, is the one known: the file may be written over it.
+    void knowTheirs();
+    void writeFailed(const platform::Result& result);
     // True when the file at the known path holds other bytes than were last read or written; they are
     // kept in m_theirs.
     bool changedOnDisk(const QString& path);
@@ -151,9 +162,6 @@ private:
     QString m_mine; // the copy of this list beside the file, while the question waits
     platform::Result m_mineKept;
     bool m_choosing = false;
-    // While another version is read in: a running mark in it is this program's own from an earlier save, or
-    // another computer's timing; neither is timed on here.
-    bool m_rereading = false;
     QSet<QString> m_toldCopies;
     QString m_copyOffered; // the newest conflict copy told of: File > Open starts there
 };

@@ -91,6 +91,8 @@ MainwndoView::MainwndoView(Mainwndo& form, const AppPrefs& prefs, QWidget* paren
     QFont small = m_datastream->font();
     small.setPointSizeF(small.pointSizeF() * 0.85);
     m_datastream->setFont(small);
+    // A long notice (a file's name in it) is cut at the window's edge, never widens the window.
+    m_datastream->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     status->addWidget(m_dataprogress);
     status->addWidget(m_datastream, 1);
     layout->addLayout(status);
@@ -162,6 +164,7 @@ void MainwndoView::refresh()
     m_notebox->setText(oneLine(m_form.notebox.caption)); // the strip is one line
     m_runtotal->setText(m_form.runtotal);
     m_datastream->setText(m_form.datastream);
+    m_datastream->setToolTip(m_form.datastream);
     m_dataprogress->setVisible(m_form.dataprogress);
 }
 
