@@ -194,7 +194,8 @@ def add_job(d, job, project, user=None):
     d.type(project)
     d.key("Tab", "Tab", "space", "Up", "Return")  # past Client to the Operation menu, its last operation
     if user is not None:
-        d.key("Tab", "ctrl+a")  # the user's name, filled in from the settings
+        d.key("Tab", delay=0.6)  # the closed menu gives the focus on when its popup has gone
+        d.key("ctrl+a")  # the user's name, filled in from the settings
         d.type(user)
     d.screenshot("job-dialog")
     d.key("Return")  # OK, from a field or from the closed menu alike
